@@ -1,0 +1,121 @@
+#include "CleanerCore/Files/FS.h"
+
+#include "CleanerCore/Platform/Directory.h"
+#include "CleanerCore/Platform/FileStatus.h"
+#include "CleanerCore/Platform/TreeWalk.h"
+#include "CleanerCore/Platform/Volume.h"
+#include "CleanerCore/Support/PathText.h"
+#include "CleanerCore/Support/Text.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cerrno>
+
+namespace loftmere::FS {
+
+namespace {
+
+bool hasType(const std::string& path, FileType type) {
+    const auto status = linkStatus(path);
+    return status && status->type == type;
+}
+
+} // namespace
+
+bool exists(const std::string& path) {
+    return linkStatus(path).has_value();
+}
+
+bool isReachable(const std::string& path) {
+    const auto status = linkStatus(path);
+    return status || (status.error() != ENOENT && status.error() != ENOTDIR);
+}
+
+bool isSymlink(const std::string& path) {
+    return hasType(path, FileType::symlink);
+}
+
+bool isDirectory(const std::string& path) {
+    return hasType(path, FileType::directory);
+}
+
+std::vector<std::string> children(const std::string& path) {
+    std::vector<std::string> paths;
+    for (const DirectoryEntry& entry : readDirectory(path).value_or(std::vector<DirectoryEntry>{})) {
+        if (entry.name != ".DS_Store" && isValidUTF8(entry.name)) paths.push_back(joinPath(path, entry.name));
+    }
+    return paths;
+}
+
+std::optional<Date> modificationDate(const std::string& path) {
+    const auto status = linkStatus(path);
+    if (!status) return std::nullopt;
+    return status->modified;
+}
+
+std::optional<Date> addedToFolderDate(const std::string& path) {
+    const auto status = linkStatus(path);
+    if (!status) return std::nullopt;
+    return status->addedToFolder ? status->addedToFolder : status->created;
+}
+
+std::optional<Date> lastUsedDate(const std::string& path) {
+    const auto status = linkStatus(path);
+    if (!status) return std::nullopt;
+    return std::max(status->accessed, status->modified);
+}
+
+std::optional<Date> newestModification(const std::string& path, int limit) {
+    std::optional<Date> newest = modificationDate(path);
+    if (!isDirectory(path)) return newest;
+    int seen = 0;
+    walkTree(path, [&](const WalkEntry& entry) {
+        if (++seen > limit) return WalkStep::stop;
+        newest = std::max(newest, modificationDate(entry.path));
+        return WalkStep::proceed;
+    });
+    return newest;
+}
+
+int64_t allocatedSize(const std::string& path, const CancelCheck& cancel) {
+    const auto status = linkStatus(path);
+    if (!status || status->type == FileType::symlink) return 0;
+    if (status->type != FileType::directory) return status->allocated;
+    int64_t total = 0;
+    int64_t seen = 0;
+    walkTree(path, [&](const WalkEntry& entry) {
+        if (++seen % 2000 == 0 && cancel && cancel()) return WalkStep::stop;
+        if (entry.type != FileType::regular) return WalkStep::proceed;
+        if (const auto file = linkStatus(entry.path)) total += file->allocated;
+        return WalkStep::proceed;
+    });
+    return total;
+}
+
+std::optional<std::string> volumeID(const std::string& path) {
+    const auto status = targetStatus(path);
+    if (!status) return std::nullopt;
+    return fmt::format("{}", status->device);
+}
+
+bool sameVolume(const std::string& a, const std::string& b) {
+    const auto volume = volumeID(a);
+    return volume && volume == volumeID(b);
+}
+
+bool isRemoteVolume(const std::string& path) {
+    const VolumeKind kind = volumeKind(path);
+    if (kind.isLocal == false) return true;
+    return kind.isInternal.has_value() && !*kind.isInternal;
+}
+
+std::optional<int64_t> freeSpace(const std::string& path) {
+    return importantFreeSpace(path);
+}
+
+std::optional<VolumeSpace> volumeSpace(const std::string& path) {
+    return loftmere::volumeSpace(path);
+}
+
+} // namespace loftmere::FS

@@ -1,0 +1,61 @@
+#include "CleanerCore/Platform/FileStatus.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+
+#include <cerrno>
+
+namespace loftmere {
+
+namespace {
+
+Date dateOf(const statx_timestamp& stamp) {
+    return dateFrom({.tv_sec = stamp.tv_sec, .tv_nsec = stamp.tv_nsec});
+}
+
+FileType typeOf(uint32_t mode) {
+    switch (mode & S_IFMT) {
+    case S_IFREG: return FileType::regular;
+    case S_IFDIR: return FileType::directory;
+    case S_IFLNK: return FileType::symlink;
+    default: return FileType::other;
+    }
+}
+
+std::expected<FileStatus, int> statusAt(const std::string& path, int flags) {
+    struct statx raw{};
+    // An embedded NUL would make the system judge another path than the one named.
+    if (path.find('\0') != std::string::npos) return std::unexpected(EINVAL);
+    if (::statx(AT_FDCWD, path.c_str(), flags | AT_NO_AUTOMOUNT, STATX_BASIC_STATS | STATX_BTIME, &raw) !=
+        0) {
+        return std::unexpected(errno);
+    }
+    FileStatus status;
+    status.type = typeOf(raw.stx_mode);
+    status.device = makedev(raw.stx_dev_major, raw.stx_dev_minor);
+    status.inode = raw.stx_ino;
+    status.links = raw.stx_nlink;
+    status.mode = raw.stx_mode & 07777U;
+    status.size = static_cast<int64_t>(raw.stx_size);
+    status.allocated = static_cast<int64_t>(raw.stx_blocks) * 512;
+    status.modified = dateOf(raw.stx_mtime);
+    status.accessed = dateOf(raw.stx_atime);
+    status.statusChanged = dateOf(raw.stx_ctime);
+    if ((raw.stx_mask & STATX_BTIME) != 0) status.created = dateOf(raw.stx_btime);
+    // Linux keeps no such date; a rename into a folder at least changes the inode.
+    status.addedToFolder = status.statusChanged;
+    return status;
+}
+
+} // namespace
+
+std::expected<FileStatus, int> linkStatus(const std::string& path) {
+    return statusAt(path, AT_SYMLINK_NOFOLLOW);
+}
+
+std::expected<FileStatus, int> targetStatus(const std::string& path) {
+    return statusAt(path, 0);
+}
+
+} // namespace loftmere

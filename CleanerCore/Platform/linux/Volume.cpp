@@ -1,0 +1,72 @@
+#include "CleanerCore/Platform/Volume.h"
+
+#include "CleanerCore/Platform/FileStatus.h"
+
+#include <fmt/format.h>
+#include <sys/statvfs.h>
+#include <sys/sysmacros.h>
+#include <sys/vfs.h>
+
+#include <algorithm>
+#include <array>
+#include <fstream>
+
+namespace loftmere {
+
+namespace {
+
+// The magic numbers of file systems whose files are on another machine.
+constexpr std::array<uint32_t, 8> networkFileSystems{
+    0x6969,     // NFS
+    0x517B,     // SMB
+    0xFF534D42, // CIFS
+    0xFE534D42, // SMB 2
+    0x564C,     // NCP
+    0x73757245, // Coda
+    0x5346414F, // AFS
+    0x01021997, // 9P
+};
+
+bool isOnNetwork(const struct statfs& raw) {
+    return std::ranges::find(networkFileSystems, static_cast<uint32_t>(raw.f_type)) !=
+           networkFileSystems.end();
+}
+
+// Whether the kernel calls the block device removable; a partition's device says so in its parent's folder.
+std::optional<bool> isRemovable(uint64_t device) {
+    const std::string folder = fmt::format("/sys/dev/block/{}:{}/", major(device), minor(device));
+    for (const char* place : {"removable", "../removable"}) {
+        std::ifstream file(folder + place);
+        char answer = 0;
+        if (file >> answer) return answer == '1';
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+VolumeKind volumeKind(const std::string& path) {
+    struct statfs raw{};
+    if (::statfs(path.c_str(), &raw) != 0) return {};
+    VolumeKind kind{.isLocal = !isOnNetwork(raw), .isInternal = std::nullopt};
+    const auto status = targetStatus(path);
+    if (!status) return kind;
+    if (const auto removable = isRemovable(status->device)) kind.isInternal = !*removable;
+    return kind;
+}
+
+std::optional<int64_t> importantFreeSpace(const std::string& path) {
+    const auto space = volumeSpace(path);
+    if (!space) return std::nullopt;
+    return space->free;
+}
+
+std::optional<VolumeSpace> volumeSpace(const std::string& path) {
+    struct statvfs raw{};
+    if (::statvfs(path.c_str(), &raw) != 0) return std::nullopt;
+    const auto block = static_cast<int64_t>(raw.f_frsize);
+    return VolumeSpace{.total = static_cast<int64_t>(raw.f_blocks) * block,
+                       .free = static_cast<int64_t>(raw.f_bavail) * block};
+}
+
+} // namespace loftmere

@@ -1,0 +1,73 @@
+#include "CleanerCore/Platform/FileStatus.h"
+
+#include <sys/attr.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+namespace loftmere {
+
+namespace {
+
+FileType typeOf(mode_t mode) {
+    switch (mode & S_IFMT) {
+    case S_IFREG: return FileType::regular;
+    case S_IFDIR: return FileType::directory;
+    case S_IFLNK: return FileType::symlink;
+    default: return FileType::other;
+    }
+}
+
+// The date on which the item came into its folder, which only getattrlist tells.
+std::optional<Date> addedDate(const std::string& path, unsigned int options) {
+    struct __attribute__((packed)) Answer {
+        uint32_t length;
+        timespec added;
+    } answer{};
+    attrlist wanted{};
+    wanted.bitmapcount = ATTR_BIT_MAP_COUNT;
+    wanted.commonattr = ATTR_CMN_ADDEDTIME;
+    if (::getattrlist(path.c_str(), &wanted, &answer, sizeof answer, options) != 0) return std::nullopt;
+    const timespec added = answer.added;
+    if (added.tv_sec == 0) return std::nullopt;
+    return dateFrom(added);
+}
+
+FileStatus statusFrom(const struct stat& raw) {
+    FileStatus status;
+    status.type = typeOf(raw.st_mode);
+    status.device = static_cast<uint64_t>(raw.st_dev);
+    status.inode = raw.st_ino;
+    status.links = raw.st_nlink;
+    status.mode = raw.st_mode & 07777U;
+    status.size = raw.st_size;
+    status.allocated = raw.st_blocks * 512;
+    status.modified = dateFrom(raw.st_mtimespec);
+    status.accessed = dateFrom(raw.st_atimespec);
+    status.statusChanged = dateFrom(raw.st_ctimespec);
+    status.created = dateFrom(raw.st_birthtimespec);
+    return status;
+}
+
+} // namespace
+
+std::expected<FileStatus, int> linkStatus(const std::string& path) {
+    struct stat raw{};
+    if (path.find('\0') != std::string::npos) return std::unexpected(EINVAL);
+    if (::lstat(path.c_str(), &raw) != 0) return std::unexpected(errno);
+    FileStatus status = statusFrom(raw);
+    status.addedToFolder = addedDate(path, FSOPT_NOFOLLOW);
+    return status;
+}
+
+std::expected<FileStatus, int> targetStatus(const std::string& path) {
+    struct stat raw{};
+    if (path.find('\0') != std::string::npos) return std::unexpected(EINVAL);
+    if (::stat(path.c_str(), &raw) != 0) return std::unexpected(errno);
+    FileStatus status = statusFrom(raw);
+    status.addedToFolder = addedDate(path, 0);
+    return status;
+}
+
+} // namespace loftmere

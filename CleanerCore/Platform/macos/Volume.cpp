@@ -1,0 +1,30 @@
+#include "CleanerCore/Platform/Volume.h"
+
+#include <sys/mount.h>
+
+namespace loftmere {
+
+VolumeKind volumeKind(const std::string& path) {
+    struct statfs raw{};
+    if (::statfs(path.c_str(), &raw) != 0) return {};
+    VolumeKind kind;
+    kind.isLocal = (raw.f_flags & MNT_LOCAL) != 0;
+    if ((raw.f_flags & MNT_REMOVABLE) != 0) kind.isInternal = false;
+    return kind;
+}
+
+std::optional<int64_t> importantFreeSpace(const std::string& path) {
+    const auto space = volumeSpace(path);
+    if (!space) return std::nullopt;
+    return space->free;
+}
+
+std::optional<VolumeSpace> volumeSpace(const std::string& path) {
+    struct statfs raw{};
+    if (::statfs(path.c_str(), &raw) != 0) return std::nullopt;
+    const auto block = static_cast<int64_t>(raw.f_bsize);
+    return VolumeSpace{.total = static_cast<int64_t>(raw.f_blocks) * block,
+                       .free = static_cast<int64_t>(raw.f_bavail) * block};
+}
+
+} // namespace loftmere

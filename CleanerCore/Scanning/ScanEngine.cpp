@@ -1,0 +1,60 @@
+#include "CleanerCore/Scanning/ScanEngine.h"
+
+#include "CleanerCore/Scanning/Throttle.h"
+#include "CleanerCore/Support/Concurrent.h"
+
+#include <algorithm>
+#include <mutex>
+
+namespace loftmere {
+
+namespace {
+
+CategoryResult resultOf(const JunkScanner& scanner, const ScanContext& context) {
+    CategoryResult result{.category = scanner.category()};
+    auto items = scanner.scan(context);
+    if (items)
+        result.items = std::move(*items);
+    else
+        result.error = items.error().message;
+    return result;
+}
+
+} // namespace
+
+ScanEngine::ScanEngine(Paths paths, AppConfig config)
+    : paths_(std::move(paths)), config_(std::move(config)) {}
+
+std::vector<CategoryResult> ScanEngine::scan(const std::set<CleanCategory>& categories,
+                                             const CancelCheck& isCancelled, const Progress& progress,
+                                             const StatusText& status) const {
+    return scan(ScannerRegistry::scanners(categories), isCancelled, progress, status);
+}
+
+std::vector<CategoryResult> ScanEngine::scan(const ScannerRegistry::Scanners& scanners,
+                                             const CancelCheck& isCancelled, const Progress& progress,
+                                             const StatusText& status) const {
+    Throttle throttle(0.09);
+    const ScanContext context{
+        .paths = paths_,
+        .config = config_,
+        .now = currentDate(),
+        .isCancelled = isCancelled ? isCancelled : [] { return false; },
+        .report =
+            [&](CleanCategory category, const std::string& text) {
+                if (status && throttle.allow()) status(category, text);
+            },
+    };
+    std::mutex lock;
+    std::vector<CategoryResult> results;
+    concurrentPerform(scanners.size(), [&](size_t i) {
+        CategoryResult result = resultOf(*scanners[i], context);
+        if (progress) progress(result.category);
+        const std::lock_guard guard(lock);
+        results.push_back(std::move(result));
+    });
+    std::ranges::stable_sort(results, {}, &CategoryResult::category);
+    return results;
+}
+
+} // namespace loftmere

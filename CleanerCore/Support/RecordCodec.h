@@ -1,0 +1,119 @@
+#pragma once
+
+#include "CleanerCore/Support/Json.h"
+
+#include <nlohmann/json.hpp>
+
+#include <tuple>
+#include <type_traits>
+
+namespace loftmere {
+
+// The building blocks from which the sources of records define their JsonCodec. A record is told once, as a
+// tuple of fields; that one table both writes and reads it.
+
+template <class T> struct JsonCodec<std::vector<T>> {
+    static Json encode(const std::vector<T>& values) {
+        Json array = Json::array();
+        for (const T& value : values) array.push_back(JsonCodec<T>::encode(value));
+        return array;
+    }
+    static std::optional<std::vector<T>> decode(const Json& json) {
+        if (!json.is_array()) return std::nullopt;
+        std::vector<T> values;
+        values.reserve(json.size());
+        for (const Json& element : json) {
+            auto value = JsonCodec<T>::decode(element);
+            if (!value) return std::nullopt;
+            values.push_back(std::move(*value));
+        }
+        return values;
+    }
+};
+
+template <class T> struct JsonCodec<std::map<std::string, T>> {
+    static Json encode(const std::map<std::string, T>& values) {
+        Json object = Json::object();
+        for (const auto& [key, value] : values) object[key] = JsonCodec<T>::encode(value);
+        return object;
+    }
+    static std::optional<std::map<std::string, T>> decode(const Json& json) {
+        if (!json.is_object()) return std::nullopt;
+        std::map<std::string, T> values;
+        for (const auto& [key, element] : json.items()) {
+            auto value = JsonCodec<T>::decode(element);
+            if (!value) return std::nullopt;
+            values.emplace(key, std::move(*value));
+        }
+        return values;
+    }
+};
+
+// Whether a key must be there. A `defaulted` field keeps its default when its key is missing or null.
+enum class Presence { required, defaulted };
+
+template <class Record, class T> struct RecordField {
+    const char* key;
+    T Record::* member;
+    Presence presence;
+};
+
+template <class Record, class T>
+constexpr RecordField<Record, T> field(const char* key, T Record::* member,
+                                       Presence presence = Presence::required) {
+    return {key, member, presence};
+}
+
+namespace detail {
+
+template <class T> inline constexpr bool isOptional = false;
+template <class T> inline constexpr bool isOptional<std::optional<T>> = true;
+
+template <class Record, class T>
+void encodeField(Json& object, const Record& record, const RecordField<Record, T>& field) {
+    const T& value = record.*field.member;
+    if constexpr (isOptional<T>) {
+        if (value) object[field.key] = JsonCodec<typename T::value_type>::encode(*value);
+    } else {
+        object[field.key] = JsonCodec<T>::encode(value);
+    }
+}
+
+template <class Record, class T>
+bool decodeField(const Json& object, Record& record, const RecordField<Record, T>& field) {
+    const auto found = object.find(field.key);
+    const bool absent = found == object.end() || found->is_null();
+    if constexpr (isOptional<T>) {
+        if (absent) return true;
+        record.*field.member = JsonCodec<typename T::value_type>::decode(*found);
+        return (record.*field.member).has_value();
+    } else {
+        if (absent) return field.presence == Presence::defaulted;
+        auto value = JsonCodec<T>::decode(*found);
+        if (value) record.*field.member = std::move(*value);
+        return value.has_value();
+    }
+}
+
+} // namespace detail
+
+// An object of all fields; an absent std::optional is left out.
+template <class Record, class... Fields>
+Json encodeRecord(const Record& record, const std::tuple<Fields...>& fields) {
+    Json object = Json::object();
+    std::apply([&](const auto&... each) { (detail::encodeField(object, record, each), ...); }, fields);
+    return object;
+}
+
+// The record with the object's values over its defaults; absent when a required key is missing or any value
+// has the wrong type. Unknown keys are ignored.
+template <class Record, class... Fields>
+std::optional<Record> decodeRecord(const Json& json, Record record, const std::tuple<Fields...>& fields) {
+    if (!json.is_object()) return std::nullopt;
+    const bool good = std::apply(
+        [&](const auto&... each) { return (detail::decodeField(json, record, each) && ...); }, fields);
+    if (!good) return std::nullopt;
+    return record;
+}
+
+} // namespace loftmere

@@ -1,0 +1,102 @@
+#include "CleanerCore/Support/Text.h"
+
+#include <unicode/uchar.h>
+#include <unicode/utf8.h>
+
+namespace loftmere {
+
+namespace {
+
+constexpr std::string_view replacement = "\xEF\xBF\xBD";
+
+// Whether showing the character could move the cursor, start an escape sequence or reorder the line.
+bool isDangerous(UChar32 c) {
+    switch (u_charType(c)) {
+    case U_CONTROL_CHAR:
+    case U_LINE_SEPARATOR:
+    case U_PARAGRAPH_SEPARATOR: return true;
+    case U_FORMAT_CHAR: return c != 0x200D; // the zero width joiner only glues letters and emoji
+    default: return false;
+    }
+}
+
+// Calls `visit` with each character and its bytes; an invalid sequence is told as a negative character.
+template <class Visit> void forEachCharacter(std::string_view bytes, Visit visit) {
+    const auto* data = reinterpret_cast<const uint8_t*>(bytes.data());
+    const auto size = static_cast<int64_t>(bytes.size());
+    for (int64_t at = 0; at < size;) {
+        const int64_t start = at;
+        // ICU's macros count in 32 bits, so each character is read from a window of its own.
+        const auto window = static_cast<int32_t>(size - at < 8 ? size - at : 8);
+        int32_t length = 0;
+        UChar32 c = 0;
+        U8_NEXT(data + start, length, window, c);
+        at += length;
+        visit(c, bytes.substr(static_cast<size_t>(start), static_cast<size_t>(length)));
+    }
+}
+
+// The visible stand-in of a control character: U+2400 to U+2421 for ASCII, U+FFFD for the rest.
+std::string visibleStandIn(UChar32 c) {
+    if (c < 0x20) return {'\xE2', '\x90', static_cast<char>(0x80 + c)};
+    if (c == 0x7F) return "\xE2\x90\xA1";
+    return std::string(replacement);
+}
+
+} // namespace
+
+bool isValidUTF8(std::string_view bytes) {
+    bool valid = true;
+    forEachCharacter(bytes, [&](UChar32 c, std::string_view) { valid = valid && c >= 0; });
+    return valid;
+}
+
+std::string repairedUTF8(std::string_view bytes) {
+    std::string text;
+    text.reserve(bytes.size());
+    forEachCharacter(bytes, [&](UChar32 c, std::string_view raw) { text += c < 0 ? replacement : raw; });
+    return text;
+}
+
+std::string printable(std::string_view text) {
+    std::string shown;
+    shown.reserve(text.size());
+    forEachCharacter(text, [&](UChar32 c, std::string_view raw) {
+        if (c < 0)
+            shown += replacement;
+        else if (isDangerous(c))
+            shown += visibleStandIn(c);
+        else
+            shown += raw;
+    });
+    return shown;
+}
+
+std::vector<std::string> splitOmittingEmpty(std::string_view text, char separator) {
+    std::vector<std::string> pieces;
+    while (!text.empty()) {
+        const size_t end = std::min(text.find(separator), text.size());
+        if (end > 0) pieces.emplace_back(text.substr(0, end));
+        text.remove_prefix(std::min(end + 1, text.size()));
+    }
+    return pieces;
+}
+
+std::string joined(const std::vector<std::string>& pieces, std::string_view separator) {
+    std::string text;
+    for (size_t i = 0; i < pieces.size(); ++i) {
+        if (i > 0) text += separator;
+        text += pieces[i];
+    }
+    return text;
+}
+
+std::string asciiLowercased(std::string_view text) {
+    std::string lower(text);
+    for (char& c : lower) {
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c + ('a' - 'A'));
+    }
+    return lower;
+}
+
+} // namespace loftmere

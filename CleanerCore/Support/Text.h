@@ -1,0 +1,28 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace loftmere {
+
+// Text is UTF-8. These are the few operations on it that the standard library lacks.
+
+bool isValidUTF8(std::string_view bytes);
+
+// Every invalid sequence replaced by U+FFFD; valid text comes back unchanged.
+std::string repairedUTF8(std::string_view bytes);
+
+// Text from outside made safe to show on one line of a terminal or in a message: invalid UTF-8 repaired,
+// every control, line-breaking and direction-changing character replaced by a visible stand-in.
+std::string printable(std::string_view text);
+
+// The pieces between separators, without the empty ones.
+std::vector<std::string> splitOmittingEmpty(std::string_view text, char separator);
+
+std::string joined(const std::vector<std::string>& pieces, std::string_view separator);
+
+// ASCII letters lower-cased, all else as it is; for file name extensions and raw values.
+std::string asciiLowercased(std::string_view text);
+
+} // namespace loftmere

@@ -1,0 +1,38 @@
+# How everything is compiled. The options a person may set stand first.
+option(LOFTMERE_TESTS "Build the tests" OFF)
+option(LOFTMERE_BENCHMARKS "Build the benchmarks" OFF)
+option(LOFTMERE_WERROR "Treat warnings as errors" OFF)
+set(LOFTMERE_SANITIZER "" CACHE STRING "Value for -fsanitize, such as address,undefined or thread")
+
+set(CMAKE_CXX_STANDARD 23)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+
+# g++ 12 destroys temporaries of a co_await expression twice, so the model needs clang.
+if(NOT CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+    message(FATAL_ERROR "Ostrel Loftmere is built with clang (CXX=clang++-19); g++ 12 miscompiles its coroutines")
+endif()
+
+find_program(CCACHE_PROGRAM ccache)
+if(CCACHE_PROGRAM AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE_PROGRAM})
+endif()
+
+add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Wnon-virtual-dtor
+                    # libstdc++ 12 uses what it calls deprecated itself, in stable_sort
+                    -Wno-deprecated-declarations)
+if(LOFTMERE_WERROR)
+    add_compile_options(-Werror)
+endif()
+if(LOFTMERE_SANITIZER)
+    # Line tables are enough for the sanitizers' stacks and halve what is written and linked.
+    add_compile_options(-fsanitize=${LOFTMERE_SANITIZER} -fno-sanitize-recover=all -fno-omit-frame-pointer -O1
+                        -gline-tables-only)
+    add_link_options(-fsanitize=${LOFTMERE_SANITIZER})
+endif()
+if(CMAKE_SYSTEM_NAME STREQUAL "Linux")
+    add_link_options(-fuse-ld=lld)
+endif()
+
+include_directories(${CMAKE_SOURCE_DIR})

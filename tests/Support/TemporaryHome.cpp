@@ -1,0 +1,66 @@
+#include "tests/Support/TemporaryHome.h"
+
+#include "CleanerCore/Support/PathText.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+
+namespace loftmere::test {
+
+namespace fs = std::filesystem;
+
+TemporaryHome::TemporaryHome() {
+    std::string place = (fs::temp_directory_path() / "loftmere-XXXXXX").string();
+    if (::mkdtemp(place.data()) == nullptr) std::abort();
+    path_ = fs::canonical(place).string();
+}
+
+TemporaryHome::~TemporaryHome() {
+    std::error_code ignored;
+    fs::remove_all(path_, ignored);
+}
+
+std::string TemporaryHome::at(std::string_view relative) const {
+    return relative.starts_with('/') ? std::string(relative) : joinPath(path_, relative);
+}
+
+std::string TemporaryHome::folder(std::string_view relative) const {
+    fs::create_directories(at(relative));
+    return at(relative);
+}
+
+std::string TemporaryHome::file(std::string_view relative, std::string_view content) const {
+    fs::create_directories(parentPath(at(relative)));
+    std::ofstream(at(relative), std::ios::binary) << content;
+    return at(relative);
+}
+
+std::string TemporaryHome::fileOfSize(std::string_view relative, int64_t bytes) const {
+    return file(relative, std::string(static_cast<size_t>(bytes), 'x'));
+}
+
+std::string TemporaryHome::link(std::string_view relative, const std::string& target) const {
+    fs::create_directories(parentPath(at(relative)));
+    fs::create_symlink(target, at(relative));
+    return at(relative);
+}
+
+void TemporaryHome::setDates(std::string_view relative, Date date) const {
+    const auto seconds = std::chrono::floor<std::chrono::seconds>(date);
+    const timespec stamp{.tv_sec = seconds.time_since_epoch().count(),
+                         .tv_nsec = std::chrono::nanoseconds(date - seconds).count()};
+    const timespec both[2] = {stamp, stamp};
+    ASSERT_EQ(::utimensat(AT_FDCWD, at(relative).c_str(), both, AT_SYMLINK_NOFOLLOW), 0);
+}
+
+void TemporaryHome::setAgeDays(std::string_view relative, double days) const {
+    setDates(relative, addSeconds(currentDate(), -86400.0 * days));
+}
+
+} // namespace loftmere::test
