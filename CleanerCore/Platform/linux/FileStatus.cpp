@@ -41,12 +41,6 @@ FileStatus statusFrom(const struct statx& raw) {
     return status;
 }
 
-std::expected<FileStatus, int> statusOf(const std::string& path, FinalLink link) {
-    // An embedded NUL would make the system judge another path than the one named.
-    if (path.find('\0') != std::string::npos) return std::unexpected(EINVAL);
-    return statusAt(AT_FDCWD, path.c_str(), link);
-}
-
 } // namespace
 
 std::expected<FileStatus, int> statusAt(int folder, const char* name, FinalLink link) {
@@ -55,14 +49,6 @@ std::expected<FileStatus, int> statusAt(int folder, const char* name, FinalLink 
     if (::statx(folder, name, flags, STATX_BASIC_STATS | STATX_BTIME, &raw) != 0)
         return std::unexpected(errno);
     return statusFrom(raw);
-}
-
-std::expected<FileStatus, int> linkStatus(const std::string& path) {
-    return statusOf(path, FinalLink::keep);
-}
-
-std::expected<FileStatus, int> targetStatus(const std::string& path) {
-    return statusOf(path, FinalLink::follow);
 }
 
 } // namespace loftmere
