@@ -1,7 +1,8 @@
 #include "tests/Support/ScannerFixtures.h"
 
+#include "CleanerCore/Platform/TreeWalk.h"
+
 #include <algorithm>
-#include <filesystem>
 
 namespace loftmere::test {
 
@@ -61,13 +62,16 @@ const ScannerFixture* scannerFixture(CleanCategory category) {
 
 void ageEverything(const TemporaryHome& home, double days) {
     const Date date = addSeconds(currentDate(), -86400.0 * days);
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(home.path())) {
-        home.setDates(entry.path().string(), date);
-    }
-    // Listing a folder to reach what it holds has touched it.
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(home.path())) {
-        if (entry.is_directory() && !entry.is_symlink()) home.setDates(entry.path().string(), date);
-    }
+    for (const std::string& path : everythingBelow(home)) home.setDates(path, date);
+}
+
+std::vector<std::string> everythingBelow(const TemporaryHome& home) {
+    std::vector<std::string> paths;
+    walkTree(home.path(), [&](const WalkEntry& entry) {
+        paths.push_back(entry.path);
+        return WalkStep::proceed;
+    });
+    return paths;
 }
 
 ScanContext scanContext(const TemporaryHome& home, AppConfig config) {

@@ -30,6 +30,9 @@ const ScannerFixture* scannerFixture(CleanCategory category);
 // Gives everything below the home an access and modification date so many days back.
 void ageEverything(const TemporaryHome& home, double days);
 
+// The paths of all items below the home; looking touches no date.
+std::vector<std::string> everythingBelow(const TemporaryHome& home);
+
 // A scan of the home as of now, never cancelled, under settings that let small fixtures count.
 ScanContext scanContext(const TemporaryHome& home, AppConfig config = {.largeFileMinMB = 1});
 
