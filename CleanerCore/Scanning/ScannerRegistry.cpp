@@ -1,6 +1,7 @@
 #include "CleanerCore/Scanning/ScannerRegistry.h"
 
 #include "CleanerCore/Scanning/Scanners/CrashReportsScanner.h"
+#include "CleanerCore/Scanning/Scanners/DuplicateScanner.h"
 #include "CleanerCore/Scanning/Scanners/LogsScanner.h"
 #include "CleanerCore/Scanning/Scanners/MailDownloadsScanner.h"
 #include "CleanerCore/Scanning/Scanners/SavedStateScanner.h"
@@ -27,7 +28,8 @@ Scanners all() {
         CrashReportsScanner,
         TrashScanner,
         SavedStateScanner,
-        MailDownloadsScanner
+        MailDownloadsScanner,
+        DuplicateScanner
     >();
     // clang-format on
 }

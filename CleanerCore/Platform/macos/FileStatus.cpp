@@ -49,6 +49,7 @@ FileStatus statusFrom(const struct stat& raw) {
     status.accessed = dateFrom(raw.st_atimespec);
     status.statusChanged = dateFrom(raw.st_ctimespec);
     status.created = dateFrom(raw.st_birthtimespec);
+    status.placeholder = (raw.st_flags & SF_DATALESS) != 0;
     return status;
 }
 
@@ -75,6 +76,12 @@ std::expected<FileStatus, int> linkStatus(const std::string& path) {
 
 std::expected<FileStatus, int> targetStatus(const std::string& path) {
     return statusOf(path, FinalLink::follow);
+}
+
+std::expected<FileStatus, int> descriptorStatus(int fd) {
+    struct stat raw{};
+    if (::fstat(fd, &raw) != 0) return std::unexpected(errno);
+    return statusFrom(raw);
 }
 
 } // namespace loftmere
