@@ -1,8 +1,13 @@
 #include "CleanerCore/Scanning/ScannerRegistry.h"
 
 #include "CleanerCore/Scanning/Scanners/CrashReportsScanner.h"
+#include "CleanerCore/Scanning/Scanners/IOSBackupsScanner.h"
+#include "CleanerCore/Scanning/Scanners/IOSUpdatesScanner.h"
+#include "CleanerCore/Scanning/Scanners/InstallersScanner.h"
+#include "CleanerCore/Scanning/Scanners/LargeOldFilesScanner.h"
 #include "CleanerCore/Scanning/Scanners/LogsScanner.h"
 #include "CleanerCore/Scanning/Scanners/MailDownloadsScanner.h"
+#include "CleanerCore/Scanning/Scanners/OldDownloadsScanner.h"
 #include "CleanerCore/Scanning/Scanners/SavedStateScanner.h"
 #include "CleanerCore/Scanning/Scanners/TrashScanner.h"
 #include "CleanerCore/Scanning/Scanners/UserCachesScanner.h"
@@ -27,7 +32,12 @@ Scanners all() {
         CrashReportsScanner,
         TrashScanner,
         SavedStateScanner,
-        MailDownloadsScanner
+        MailDownloadsScanner,
+        IOSBackupsScanner,
+        IOSUpdatesScanner,
+        OldDownloadsScanner,
+        InstallersScanner,
+        LargeOldFilesScanner
     >();
     // clang-format on
 }
