@@ -64,6 +64,11 @@ void fillLargeOldFiles(const TemporaryHome& home) {
     home.fileOfSize("Films/Raw/holiday.mov", 2 << 20);
 }
 
+void fillDuplicates(const TemporaryHome& home) {
+    home.file("Documents/plan.bin", std::string(600000, 'p'));
+    home.file("Music/plan copy.bin", std::string(600000, 'p'));
+}
+
 // clang-format off
 constexpr ScannerFixture fixtures[] = {
     {userCaches,    fillUserCaches,    "Library/Caches/com.example.viewer"},
@@ -77,6 +82,7 @@ constexpr ScannerFixture fixtures[] = {
     {oldDownloads,  fillOldDownloads,  "Downloads/archive"},
     {installers,    fillInstallers,    "Desktop/Editor.mpkg"},
     {largeOldFiles, fillLargeOldFiles},
+    {duplicates,    fillDuplicates},
 };
 // clang-format on
 
