@@ -2,8 +2,13 @@
 
 #include "CleanerCore/Scanning/Scanners/CrashReportsScanner.h"
 #include "CleanerCore/Scanning/Scanners/DuplicateScanner.h"
+#include "CleanerCore/Scanning/Scanners/IOSBackupsScanner.h"
+#include "CleanerCore/Scanning/Scanners/IOSUpdatesScanner.h"
+#include "CleanerCore/Scanning/Scanners/InstallersScanner.h"
+#include "CleanerCore/Scanning/Scanners/LargeOldFilesScanner.h"
 #include "CleanerCore/Scanning/Scanners/LogsScanner.h"
 #include "CleanerCore/Scanning/Scanners/MailDownloadsScanner.h"
+#include "CleanerCore/Scanning/Scanners/OldDownloadsScanner.h"
 #include "CleanerCore/Scanning/Scanners/SavedStateScanner.h"
 #include "CleanerCore/Scanning/Scanners/TrashScanner.h"
 #include "CleanerCore/Scanning/Scanners/UserCachesScanner.h"
@@ -29,6 +34,11 @@ Scanners all() {
         TrashScanner,
         SavedStateScanner,
         MailDownloadsScanner,
+        IOSBackupsScanner,
+        IOSUpdatesScanner,
+        OldDownloadsScanner,
+        InstallersScanner,
+        LargeOldFilesScanner,
         DuplicateScanner
     >();
     // clang-format on

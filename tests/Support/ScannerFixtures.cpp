@@ -38,6 +38,37 @@ void fillMailDownloads(const TemporaryHome& home) {
     home.fileOfSize("Library/Containers/com.apple.mail/Data/Library/Mail Downloads/1A2B/invoice.pdf", 7000);
 }
 
+void fillBackups(const TemporaryHome& home) {
+    home.fileOfSize("Library/Application Support/MobileSync/Backup/00008030/Manifest.db", 9000);
+    home.file("Library/Application Support/MobileSync/Backup/00008030/Info.plist",
+              "<plist><dict><key>Device Name</key><string>Phone</string></dict></plist>");
+}
+
+void fillFirmware(const TemporaryHome& home) {
+    home.fileOfSize("Library/iTunes/iPad Software Updates/iPad_16.ipsw", 9000);
+    home.fileOfSize("Library/iTunes/iPhone Software Updates/partial.ipsw/data", 9000);
+}
+
+void fillOldDownloads(const TemporaryHome& home) {
+    home.fileOfSize("Downloads/paper.pdf", 9000);
+    home.fileOfSize("Downloads/archive/one", 9000);
+}
+
+void fillInstallers(const TemporaryHome& home) {
+    home.fileOfSize("Downloads/Viewer.dmg", 9000);
+    home.fileOfSize("Desktop/Editor.mpkg/Contents/Archive.pax", 9000);
+}
+
+void fillLargeOldFiles(const TemporaryHome& home) {
+    home.fileOfSize("Films/holiday.mov", 1 << 20);
+    home.fileOfSize("Films/Raw/holiday.mov", 2 << 20);
+}
+
+void fillDuplicates(const TemporaryHome& home) {
+    home.file("Documents/plan.bin", std::string(600000, 'p'));
+    home.file("Music/plan copy.bin", std::string(600000, 'p'));
+}
+
 // clang-format off
 constexpr ScannerFixture fixtures[] = {
     {userCaches,    fillUserCaches,    "Library/Caches/com.example.viewer"},
@@ -46,6 +77,12 @@ constexpr ScannerFixture fixtures[] = {
     {trash,         fillTrash,         ".Trash/folder", true, false},
     {savedAppState, fillSavedState,    "Library/Saved Application State/com.example.viewer.savedState"},
     {mailDownloads, fillMailDownloads, "Library/Containers/com.apple.mail/Data/Library/Mail Downloads/1A2B"},
+    {iosBackups,    fillBackups,       "Library/Application Support/MobileSync/Backup/00008030"},
+    {iosUpdates,    fillFirmware,      "Library/iTunes/iPhone Software Updates/partial.ipsw"},
+    {oldDownloads,  fillOldDownloads,  "Downloads/archive"},
+    {installers,    fillInstallers,    "Desktop/Editor.mpkg"},
+    {largeOldFiles, fillLargeOldFiles},
+    {duplicates,    fillDuplicates},
 };
 // clang-format on
 

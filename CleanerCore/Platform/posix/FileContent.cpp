@@ -83,7 +83,7 @@ bool makeOrFindFolder(const std::string& path, uint32_t mode) {
 Result<std::string> readFile(const std::string& path, int64_t limit) {
     // O_NONBLOCK keeps the opening of a FIFO from waiting for a writer.
     if (!calls::permitted(calls::Call::open)) return failed(Failure::posix(errno, "open", path));
-    const FileDescriptor fd = openQuietly(AT_FDCWD, path.c_str(), O_NONBLOCK);
+    const FileDescriptor fd = openQuietly(path, O_NONBLOCK);
     if (!fd) return failed(Failure::posix(errno, "open", path));
     struct stat status{};
     if (::fstat(fd.get(), &status) != 0) return failed(Failure::posix(errno, "read", path));

@@ -73,11 +73,6 @@ Result<std::string> realPathOf(const FileDescriptor& folder, const std::string& 
     }
 }
 
-std::string_view withoutTrailingSlashes(std::string_view path) {
-    while (path.size() > 1 && path.ends_with('/')) path.remove_suffix(1);
-    return path;
-}
-
 } // namespace
 
 bool isEntryName(const std::string& name) {

@@ -1,7 +1,9 @@
 #include "CleanerCore/Platform/SizeWalk.h"
 
 #include "CleanerCore/Platform/posix/EntryReader.h"
+#include "CleanerCore/Platform/posix/NoAccessDate.h"
 #include "CleanerCore/Platform/posix/PendingFolders.h"
+#include "CleanerCore/Support/PathText.h"
 
 #include <fcntl.h>
 
@@ -183,7 +185,8 @@ void SizeWalk::ask() {
 } // namespace
 
 int64_t allocatedBelow(const std::string& folder, const std::function<bool()>& cancel) {
-    FileDescriptor root = openSubfolder(AT_FDCWD, folder.c_str());
+    // With a slash behind it, a link would be followed.
+    FileDescriptor root = openQuietly(std::string(withoutTrailingSlashes(folder)), O_DIRECTORY | O_NOFOLLOW);
     return root ? SizeWalk(std::move(root), cancel).run() : 0;
 }
 

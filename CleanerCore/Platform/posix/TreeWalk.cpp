@@ -86,7 +86,7 @@ std::expected<FileStatus, int> WalkEntry::status() const {
 }
 
 bool walkTree(const std::string& root, const Visit& visit) {
-    FileDescriptor folder = openQuietly(AT_FDCWD, root.c_str(), O_DIRECTORY);
+    FileDescriptor folder = openQuietly(root, O_DIRECTORY);
     if (!folder) return false;
     TreeWalk(root, std::move(folder), visit).run();
     return true;
