@@ -105,6 +105,13 @@ std::expected<FileStatus, int> Place::status() const {
     return statusAt(folder(), name_.c_str(), FinalLink::keep);
 }
 
+bool Place::isOnAnotherVolume(const Place& other) const {
+    struct stat mine{};
+    struct stat theirs{};
+    if (::fstat(folder(), &mine) != 0 || ::fstat(other.folder(), &theirs) != 0) return false;
+    return mine.st_dev != theirs.st_dev;
+}
+
 Place Place::beside(const std::string& name) const {
     return {folder_, name, joinPath(parentPath(realPath_), name)};
 }
