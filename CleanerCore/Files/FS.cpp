@@ -1,6 +1,5 @@
 #include "CleanerCore/Files/FS.h"
 
-#include "CleanerCore/Platform/Directory.h"
 #include "CleanerCore/Platform/FileStatus.h"
 #include "CleanerCore/Platform/SizeWalk.h"
 #include "CleanerCore/Platform/TreeWalk.h"
@@ -43,10 +42,16 @@ bool isDirectory(const std::string& path) {
 
 std::vector<std::string> children(const std::string& path) {
     std::vector<std::string> paths;
-    for (const DirectoryEntry& entry : readDirectory(path).value_or(std::vector<DirectoryEntry>{})) {
-        if (entry.name != ".DS_Store" && isValidUTF8(entry.name)) paths.push_back(joinPath(path, entry.name));
-    }
+    for (const DirectoryEntry& entry : entries(path)) paths.push_back(joinPath(path, entry.name));
     return paths;
+}
+
+std::vector<DirectoryEntry> entries(const std::string& path) {
+    auto all = readDirectory(path).value_or(std::vector<DirectoryEntry>{});
+    std::erase_if(all, [](const DirectoryEntry& entry) {
+        return entry.name == ".DS_Store" || !isValidUTF8(entry.name);
+    });
+    return all;
 }
 
 std::optional<Date> modificationDate(const std::string& path) {

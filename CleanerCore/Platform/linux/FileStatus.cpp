@@ -41,14 +41,21 @@ FileStatus statusFrom(const struct statx& raw) {
     return status;
 }
 
+std::expected<FileStatus, int> readStatus(int at, const char* path, int flags) {
+    struct statx raw{};
+    if (::statx(at, path, flags | AT_NO_AUTOMOUNT, STATX_BASIC_STATS | STATX_BTIME, &raw) != 0)
+        return std::unexpected(errno);
+    return statusFrom(raw);
+}
+
 } // namespace
 
 std::expected<FileStatus, int> statusAt(int folder, const char* name, FinalLink link) {
-    struct statx raw{};
-    const int flags = AT_NO_AUTOMOUNT | (link == FinalLink::keep ? AT_SYMLINK_NOFOLLOW : 0);
-    if (::statx(folder, name, flags, STATX_BASIC_STATS | STATX_BTIME, &raw) != 0)
-        return std::unexpected(errno);
-    return statusFrom(raw);
+    return readStatus(folder, name, link == FinalLink::keep ? AT_SYMLINK_NOFOLLOW : 0);
+}
+
+std::expected<FileStatus, int> descriptorStatus(int fd) {
+    return readStatus(fd, "", AT_EMPTY_PATH);
 }
 
 } // namespace loftmere

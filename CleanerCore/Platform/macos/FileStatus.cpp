@@ -49,6 +49,7 @@ FileStatus statusFrom(const struct stat& raw) {
     status.accessed = dateFrom(raw.st_atimespec);
     status.statusChanged = dateFrom(raw.st_ctimespec);
     status.created = dateFrom(raw.st_birthtimespec);
+    status.placeholder = (raw.st_flags & SF_DATALESS) != 0;
     return status;
 }
 
@@ -61,6 +62,12 @@ std::expected<FileStatus, int> statusAt(int folder, const char* name, FinalLink 
     FileStatus status = statusFrom(raw);
     status.addedToFolder = addedDate(folder, name, link);
     return status;
+}
+
+std::expected<FileStatus, int> descriptorStatus(int fd) {
+    struct stat raw{};
+    if (::fstat(fd, &raw) != 0) return std::unexpected(errno);
+    return statusFrom(raw);
 }
 
 } // namespace loftmere

@@ -144,7 +144,7 @@ void SizeWalk::callHelper() {
 Folder SizeWalk::look(Task& task, Desk& desk) {
     Folder folder = task.folder;
     if (!task.name.empty()) {
-        FileDescriptor opened = openSubfolder(task.folder->get(), task.name.c_str());
+        FileDescriptor opened = openListedFolder(task.folder->get(), task.name.c_str());
         if (!opened) return nullptr;
         folder = std::make_shared<const FileDescriptor>(std::move(opened));
     }
