@@ -4,6 +4,7 @@
 #include "tests/Support/TemporaryHome.h"
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include <fstream>
 
