@@ -1,6 +1,7 @@
 #include "CleanerCore/Files/FS.h"
 
 #include "CleanerCore/Platform/FileStatus.h"
+#include "CleanerCore/Platform/SizeWalk.h"
 #include "CleanerCore/Platform/TreeWalk.h"
 #include "CleanerCore/Platform/Volume.h"
 #include "CleanerCore/Support/PathText.h"
@@ -77,7 +78,7 @@ std::optional<Date> newestModification(const std::string& path, int limit) {
     int seen = 0;
     walkTree(path, [&](const WalkEntry& entry) {
         if (++seen > limit) return WalkStep::stop;
-        newest = std::max(newest, modificationDate(entry.path));
+        if (const auto status = entry.status()) newest = std::max(newest, std::optional(status->modified));
         return WalkStep::proceed;
     });
     return newest;
@@ -87,15 +88,7 @@ int64_t allocatedSize(const std::string& path, const CancelCheck& cancel) {
     const auto status = linkStatus(path);
     if (!status || status->type == FileType::symlink) return 0;
     if (status->type != FileType::directory) return status->allocated;
-    int64_t total = 0;
-    int64_t seen = 0;
-    walkTree(path, [&](const WalkEntry& entry) {
-        if (++seen % 2000 == 0 && cancel && cancel()) return WalkStep::stop;
-        if (entry.type != FileType::regular) return WalkStep::proceed;
-        if (const auto file = linkStatus(entry.path)) total += file->allocated;
-        return WalkStep::proceed;
-    });
-    return total;
+    return allocatedBelow(path, cancel);
 }
 
 std::optional<std::string> volumeID(const std::string& path) {

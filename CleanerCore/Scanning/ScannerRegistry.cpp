@@ -1,6 +1,7 @@
 #include "CleanerCore/Scanning/ScannerRegistry.h"
 
 #include "CleanerCore/Scanning/Scanners/CrashReportsScanner.h"
+#include "CleanerCore/Scanning/Scanners/DuplicateScanner.h"
 #include "CleanerCore/Scanning/Scanners/IOSBackupsScanner.h"
 #include "CleanerCore/Scanning/Scanners/IOSUpdatesScanner.h"
 #include "CleanerCore/Scanning/Scanners/InstallersScanner.h"
@@ -37,7 +38,8 @@ Scanners all() {
         IOSUpdatesScanner,
         OldDownloadsScanner,
         InstallersScanner,
-        LargeOldFilesScanner
+        LargeOldFilesScanner,
+        DuplicateScanner
     >();
     // clang-format on
 }

@@ -64,6 +64,11 @@ void fillLargeOldFiles(const TemporaryHome& home) {
     home.fileOfSize("Films/Raw/holiday.mov", 2 << 20);
 }
 
+void fillDuplicates(const TemporaryHome& home) {
+    home.fileOfSize("Documents/report.pdf", 600000);
+    home.fileOfSize("Documents/Copies/report.pdf", 600000);
+}
+
 // clang-format off
 constexpr ScannerFixture fixtures[] = {
     {userCaches,    fillUserCaches,    "Library/Caches/com.example.viewer"},
@@ -77,6 +82,7 @@ constexpr ScannerFixture fixtures[] = {
     {oldDownloads,  fillOldDownloads,  "Downloads/archive"},
     {installers,    fillInstallers,    "Desktop/Editor.mpkg"},
     {largeOldFiles, fillLargeOldFiles},
+    {duplicates,    fillDuplicates},
 };
 // clang-format on
 
