@@ -28,7 +28,8 @@ struct FileStatus {
     bool placeholder = false;          // the content is in a cloud only; reading would fetch it
 };
 
-// The item itself, a final symbolic link not followed; the errno value on failure. Any thread.
+// The item itself, a final symbolic link not followed, slashes behind it passed over; the errno value on
+// failure. Any thread.
 std::expected<FileStatus, int> linkStatus(const std::string& path);
 
 // The item that the path leads to, links followed; the errno value on failure. Any thread.

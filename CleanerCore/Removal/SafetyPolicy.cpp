@@ -22,40 +22,20 @@ namespace {
 using Verdict = SafetyPolicy::Verdict;
 using Blocked = SafetyPolicy::Blocked;
 
+constexpr const char* leadsOutside = "Symlinked folder leads outside your home folder";
+
 struct UserRule {
     PathKey root;
     std::string reason;
 };
 
-// The home folder as it is given and as it is reached.
-struct Home {
-    PathKey given;
-    PathKey real;
-
-    // The root of the file system is nobody's home: everything would be the user's own.
-    bool holds(const PathKey& path) const {
-        return given.path().starts_with('/') && given.path() != "/" && path.isAtOrUnder(given);
-    }
-
-    // A real path within the home folder, spelled from the home folder as it is given; any other as it is.
-    std::string spell(const std::string& realPath) const {
-        if (given.path() == real.path()) return realPath;
-        const PathKey key(realPath);
-        return key.isAtOrUnder(real) ? joinPath(given.path(), key.below(real)) : realPath;
-    }
-};
-
-Home homeNow(const std::string& home, LinkResolver& resolver) {
-    return {PathKey(home), PathKey(resolver.resolve(home))};
-}
-
-// A root, and what it leads to where it is a link or is reached through one.
-std::vector<PathKey> withTarget(const std::string& root, const Home& home, LinkResolver& resolver) {
-    std::vector<PathKey> keys{PathKey(root)};
-    if (!root.starts_with('/')) return keys;
-    const std::string target = home.spell(resolver.resolve(root));
-    if (target != root) keys.emplace_back(target);
-    return keys;
+// A real path within the home folder, spelled from the home folder as it is given; any other as it is.
+std::string spelledFromHome(const std::string& realPath, const std::string& home,
+                            const std::string& realHome) {
+    if (home == realHome) return realPath;
+    const PathKey key(realPath);
+    const PathKey realKey(realHome);
+    return key.isAtOrUnder(realKey) ? joinPath(home, key.below(realKey)) : realPath;
 }
 
 std::vector<PathKey> keysOf(std::span<const std::string_view> roots) {
@@ -77,14 +57,23 @@ Verdict stricter(Verdict a, Verdict b) {
 } // namespace
 
 struct SafetyPolicy::Rules {
-    std::string home;
+    PathKey home;
     std::vector<PathKey> containers;
     std::vector<UserRule> userProtected;
     std::vector<PathKey> homeBlocked;
     std::vector<PathKey> systemBlocked = keysOf(ProtectedLocations::systemBlocked);
     std::vector<PathKey> adminRoots = keysOf(ProtectedLocations::adminRoots);
+    std::vector<PathKey> syncRoots;
 
     Rules(const std::string& homePath, const std::vector<std::string>& userRoots);
+
+    // A root, and what it leads to where it is a link or is reached through one.
+    std::vector<PathKey> withTarget(const std::string& root, LinkResolver& resolver) const;
+
+    // The root of the file system is nobody's home: everything would be the user's own.
+    bool isInHome(const PathKey& path) const {
+        return home.path().starts_with('/') && home.path() != "/" && path.isAtOrUnder(home);
+    }
 
     // Whether a path must not be touched wherever else it may lie.
     std::optional<Blocked> veto(const PathKey& path) const;
@@ -92,31 +81,36 @@ struct SafetyPolicy::Rules {
 
 // A path, where it really leads, and the same spelled from the home folder as it is given.
 struct SafetyPolicy::Location {
-    Home home;
-    PathKey path;
-    PathKey real;
-    PathKey spelled;
+    const PathKey& path;
+    const PathKey& real;
+    const PathKey& spelled;
 };
 
 SafetyPolicy::Rules::Rules(const std::string& homePath, const std::vector<std::string>& userRoots)
     : home(homePath) {
     LinkResolver resolver;
-    const Home present = homeNow(home, resolver);
     const auto addTo = [&](std::vector<PathKey>& keys, const std::string& root) {
-        for (PathKey& key : withTarget(root, present, resolver)) keys.push_back(std::move(key));
+        for (PathKey& key : withTarget(root, resolver)) keys.push_back(std::move(key));
     };
-    for (const std::string_view name : ProtectedLocations::homeContainers)
-        addTo(containers, joinPath(home, name));
-    for (const std::string_view path : ProtectedLocations::systemContainers)
-        addTo(containers, std::string(path));
-    for (const std::string_view name : ProtectedLocations::homeBlocked)
-        addTo(homeBlocked, joinPath(home, name));
+    for (const auto& name : ProtectedLocations::homeContainers) addTo(containers, joinPath(homePath, name));
+    for (const auto& path : ProtectedLocations::systemContainers) addTo(containers, std::string(path));
+    for (const auto& name : ProtectedLocations::homeBlocked) addTo(homeBlocked, joinPath(homePath, name));
+    for (const std::string& root : CloudFiles::syncRoots(homePath)) syncRoots.emplace_back(root);
     for (const std::string& rule : userRoots) {
-        const std::string root = normalize(rule, home);
-        for (PathKey& key : withTarget(root, present, resolver)) {
+        const std::string root = normalize(rule, homePath);
+        for (PathKey& key : withTarget(root, resolver)) {
             userProtected.push_back({std::move(key), fmt::format("Protected by your rules ({})", root)});
         }
     }
+}
+
+std::vector<PathKey> SafetyPolicy::Rules::withTarget(const std::string& root, LinkResolver& resolver) const {
+    std::vector<PathKey> keys{PathKey(root)};
+    if (!root.starts_with('/')) return keys;
+    const std::string realHome = resolver.resolve(home.path());
+    const std::string target = spelledFromHome(resolver.resolve(root), home.path(), realHome);
+    if (target != root) keys.emplace_back(target);
+    return keys;
 }
 
 std::optional<Blocked> SafetyPolicy::Rules::veto(const PathKey& path) const {
@@ -149,15 +143,14 @@ Verdict SafetyPolicy::check(const std::string& path) const {
 }
 
 Verdict SafetyPolicy::check(const std::string& path, LinkResolver& resolver) const {
-    std::string normal = normalize(path, rules_->home);
+    std::string normal = normalize(path, rules_->home.path());
     // The system would read a path only up to a zero byte and so reach another one than was judged.
     if (!normal.starts_with('/') || normal.contains('\0')) return Blocked{"Not an absolute path"};
-    PathKey key(std::move(normal));
+    const PathKey key(std::move(normal));
     if (auto vetoed = rules_->veto(key)) return *vetoed;
-    std::string real = joinPath(resolver.resolve(parentPath(key.path())), lastPathComponent(key.path()));
-    Home home = homeNow(rules_->home, resolver);
-    std::string spelled = home.spell(real);
-    return judge({std::move(home), std::move(key), PathKey(std::move(real)), PathKey(std::move(spelled))});
+    const std::string real =
+        joinPath(resolver.resolve(parentPath(key.path())), lastPathComponent(key.path()));
+    return judge(key, real, resolver.resolve(rules_->home.path()));
 }
 
 Verdict SafetyPolicy::check(const std::string& path, const Place& place) const {
@@ -166,19 +159,24 @@ Verdict SafetyPolicy::check(const std::string& path, const Place& place) const {
     return stricter(std::move(verdict), judgeReal(path, place.realPath()));
 }
 
-Verdict SafetyPolicy::judge(const Location& location) const {
-    return location.home.holds(location.path) ? judgeInHome(location) : judgeOutside(location);
+Verdict SafetyPolicy::judge(const PathKey& path, const std::string& real, const std::string& realHome) const {
+    std::optional<PathKey> elsewhere;
+    const PathKey& realKey = real == path.path() ? path : elsewhere.emplace(real);
+    const std::string spelled = spelledFromHome(real, rules_->home.path(), realHome);
+    std::optional<PathKey> respelled;
+    const PathKey& spelledKey = spelled == real ? realKey : respelled.emplace(spelled);
+    const Location location{path, realKey, spelledKey};
+    return rules_->isInHome(path) ? judgeInHome(location) : judgeOutside(location);
 }
 
 Verdict SafetyPolicy::judgeInHome(const Location& location) const {
-    if (!location.home.holds(location.spelled)) {
-        return Blocked{"Symlinked folder leads outside your home folder"};
-    }
+    if (!rules_->isInHome(location.spelled)) return Blocked{leadsOutside};
     // A link to a protected folder must be no way round its protection.
     if (auto vetoed = rules_->veto(location.spelled)) return *vetoed;
     for (const PathKey* path : {&location.path, &location.spelled}) {
-        if (!CloudFiles::isSynced(path->path(), rules_->home)) continue;
-        return SyncedCloud{CloudFiles::providerName(path->path(), rules_->home)};
+        const auto holdsPath = [&](const PathKey& root) { return path->isAtOrUnder(root); };
+        if (!std::ranges::any_of(rules_->syncRoots, holdsPath)) continue;
+        return SyncedCloud{CloudFiles::providerName(path->path(), rules_->home.path())};
     }
     return Allowed{};
 }
@@ -197,15 +195,13 @@ Verdict SafetyPolicy::judgeOutside(const Location& location) const {
 
 Verdict SafetyPolicy::judgeReal(const std::string& path, const std::string& realPath) const {
     LinkResolver resolver;
-    Home home = homeNow(rules_->home, resolver);
-    PathKey real(standardizedPath(realPath));
-    PathKey spelled(home.spell(real.path()));
-    const PathKey asked(normalize(path, rules_->home));
-    if (home.holds(asked) && !home.holds(spelled)) {
-        return Blocked{"Symlinked folder leads outside your home folder"};
-    }
+    const std::string realHome = resolver.resolve(rules_->home.path());
+    const std::string real = standardizedPath(realPath);
+    const PathKey spelled(spelledFromHome(real, rules_->home.path(), realHome));
+    const PathKey asked(normalize(path, rules_->home.path()));
+    if (rules_->isInHome(asked) && !rules_->isInHome(spelled)) return Blocked{leadsOutside};
     if (auto vetoed = rules_->veto(spelled)) return *vetoed;
-    return judge({std::move(home), spelled, std::move(real), spelled});
+    return judge(spelled, real, realHome);
 }
 
 SafetyPolicy::Batch::Batch(const SafetyPolicy& policy)

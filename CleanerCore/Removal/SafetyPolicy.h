@@ -11,6 +11,7 @@
 namespace loftmere {
 
 class LinkResolver;
+class PathKey;
 class Place;
 
 // The one veto over every path that anything wants to remove. An immutable value, cheap to copy; it decides
@@ -77,7 +78,7 @@ private:
     struct Location;
 
     Verdict check(const std::string& path, LinkResolver& resolver) const;
-    Verdict judge(const Location& location) const;
+    Verdict judge(const PathKey& path, const std::string& real, const std::string& realHome) const;
     Verdict judgeInHome(const Location& location) const;
     Verdict judgeOutside(const Location& location) const;
     Verdict judgeReal(const std::string& path, const std::string& realPath) const;

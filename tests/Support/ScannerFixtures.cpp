@@ -87,8 +87,8 @@ void fillPackageCaches(const TemporaryHome& home) {
 }
 
 void fillDuplicates(const TemporaryHome& home) {
-    home.fileOfSize("Documents/report.pdf", 600000);
-    home.fileOfSize("Documents/Copies/report.pdf", 600000);
+    home.file("Documents/plan.bin", std::string(600000, 'p'));
+    home.file("Music/plan copy.bin", std::string(600000, 'p'));
 }
 
 // clang-format off

@@ -48,24 +48,10 @@ std::expected<FileStatus, int> readStatus(int at, const char* path, int flags) {
     return statusFrom(raw);
 }
 
-std::expected<FileStatus, int> statusOf(const std::string& path, FinalLink link) {
-    // An embedded NUL would make the system judge another path than the one named.
-    if (path.find('\0') != std::string::npos) return std::unexpected(EINVAL);
-    return statusAt(AT_FDCWD, path.c_str(), link);
-}
-
 } // namespace
 
 std::expected<FileStatus, int> statusAt(int folder, const char* name, FinalLink link) {
     return readStatus(folder, name, link == FinalLink::keep ? AT_SYMLINK_NOFOLLOW : 0);
-}
-
-std::expected<FileStatus, int> linkStatus(const std::string& path) {
-    return statusOf(path, FinalLink::keep);
-}
-
-std::expected<FileStatus, int> targetStatus(const std::string& path) {
-    return statusOf(path, FinalLink::follow);
 }
 
 std::expected<FileStatus, int> descriptorStatus(int fd) {

@@ -53,12 +53,6 @@ FileStatus statusFrom(const struct stat& raw) {
     return status;
 }
 
-std::expected<FileStatus, int> statusOf(const std::string& path, FinalLink link) {
-    // An embedded NUL would make the system judge another path than the one named.
-    if (path.find('\0') != std::string::npos) return std::unexpected(EINVAL);
-    return statusAt(AT_FDCWD, path.c_str(), link);
-}
-
 } // namespace
 
 std::expected<FileStatus, int> statusAt(int folder, const char* name, FinalLink link) {
@@ -68,14 +62,6 @@ std::expected<FileStatus, int> statusAt(int folder, const char* name, FinalLink 
     FileStatus status = statusFrom(raw);
     status.addedToFolder = addedDate(folder, name, link);
     return status;
-}
-
-std::expected<FileStatus, int> linkStatus(const std::string& path) {
-    return statusOf(path, FinalLink::keep);
-}
-
-std::expected<FileStatus, int> targetStatus(const std::string& path) {
-    return statusOf(path, FinalLink::follow);
 }
 
 std::expected<FileStatus, int> descriptorStatus(int fd) {

@@ -1,7 +1,9 @@
 #include "CleanerCore/Platform/SizeWalk.h"
 
 #include "CleanerCore/Platform/posix/EntryReader.h"
+#include "CleanerCore/Platform/posix/NoAccessDate.h"
 #include "CleanerCore/Platform/posix/PendingFolders.h"
+#include "CleanerCore/Support/PathText.h"
 
 #include <fcntl.h>
 
@@ -141,7 +143,7 @@ void SizeWalk::callHelper() {
 Folder SizeWalk::look(Task& task, Desk& desk) {
     Folder folder = task.folder;
     if (!task.name.empty()) {
-        FileDescriptor opened = openSubfolder(task.folder->get(), task.name.c_str());
+        FileDescriptor opened = openListedFolder(task.folder->get(), task.name.c_str());
         if (!opened) return nullptr;
         folder = std::make_shared<const FileDescriptor>(std::move(opened));
     }
@@ -183,7 +185,8 @@ void SizeWalk::ask() {
 } // namespace
 
 int64_t allocatedBelow(const std::string& folder, const std::function<bool()>& cancel) {
-    FileDescriptor root = openSubfolder(AT_FDCWD, folder.c_str());
+    // With a slash behind it, a link would be followed.
+    FileDescriptor root = openQuietly(std::string(withoutTrailingSlashes(folder)), O_DIRECTORY | O_NOFOLLOW);
     return root ? SizeWalk(std::move(root), cancel).run() : 0;
 }
 

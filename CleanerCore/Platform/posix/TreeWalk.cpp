@@ -42,7 +42,7 @@ private:
         path_.resize(task.pathLength);
         Folder folder = task.folder;
         if (!task.name.empty()) {
-            FileDescriptor opened = openSubfolder(folder->get(), task.name.c_str());
+            FileDescriptor opened = openListedFolder(folder->get(), task.name.c_str());
             if (!opened) return;
             folder = std::make_shared<const FileDescriptor>(std::move(opened));
             path_.append(task.name).push_back('/');
@@ -86,7 +86,7 @@ std::expected<FileStatus, int> WalkEntry::status() const {
 }
 
 bool walkTree(const std::string& root, const Visit& visit) {
-    FileDescriptor folder = openQuietly(AT_FDCWD, root.c_str(), O_DIRECTORY);
+    FileDescriptor folder = openQuietly(root, O_DIRECTORY);
     if (!folder) return false;
     TreeWalk(root, std::move(folder), visit).run();
     return true;
