@@ -1,5 +1,6 @@
 #include "CleanerCore/Scanning/ScannerRegistry.h"
 
+#include "CleanerCore/Scanning/Scanners/CloudLocalCopiesScanner.h"
 #include "CleanerCore/Scanning/Scanners/CrashReportsScanner.h"
 #include "CleanerCore/Scanning/Scanners/DuplicateScanner.h"
 #include "CleanerCore/Scanning/Scanners/IOSBackupsScanner.h"
@@ -39,7 +40,8 @@ Scanners all() {
         OldDownloadsScanner,
         InstallersScanner,
         LargeOldFilesScanner,
-        DuplicateScanner
+        DuplicateScanner,
+        CloudLocalCopiesScanner
     >();
     // clang-format on
 }
