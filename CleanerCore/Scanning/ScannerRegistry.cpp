@@ -1,5 +1,6 @@
 #include "CleanerCore/Scanning/ScannerRegistry.h"
 
+#include "CleanerCore/Scanning/Scanners/CloudLocalCopiesScanner.h"
 #include "CleanerCore/Scanning/Scanners/CrashReportsScanner.h"
 #include "CleanerCore/Scanning/Scanners/DockerScanner.h"
 #include "CleanerCore/Scanning/Scanners/DuplicateScanner.h"
@@ -49,7 +50,8 @@ Scanners all() {
         OldDownloadsScanner,
         InstallersScanner,
         LargeOldFilesScanner,
-        DuplicateScanner
+        DuplicateScanner,
+        CloudLocalCopiesScanner
     >();
     // clang-format on
 }

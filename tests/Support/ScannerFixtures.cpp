@@ -91,6 +91,10 @@ void fillDuplicates(const TemporaryHome& home) {
     home.file("Music/plan copy.bin", std::string(600000, 'p'));
 }
 
+void fillCloudCopies(const TemporaryHome& home) {
+    home.fileOfSize("Library/Mobile Documents/com~apple~CloudDocs/film.mov", 26 << 20);
+}
+
 // clang-format off
 constexpr ScannerFixture fixtures[] = {
     {userCaches,    fillUserCaches,    "Library/Caches/com.example.viewer"},
@@ -110,6 +114,7 @@ constexpr ScannerFixture fixtures[] = {
     {installers,    fillInstallers,    "Desktop/Editor.mpkg"},
     {largeOldFiles, fillLargeOldFiles},
     {duplicates,    fillDuplicates},
+    {cloudLocalCopies, fillCloudCopies},
 };
 // clang-format on
 
