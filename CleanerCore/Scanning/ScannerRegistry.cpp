@@ -1,5 +1,6 @@
 #include "CleanerCore/Scanning/ScannerRegistry.h"
 
+#include "CleanerCore/Scanning/Scanners/SimilarPhotosScanner.h"
 #include "CleanerCore/Scanning/Scanners/TrashScanner.h"
 
 namespace loftmere::ScannerRegistry {
@@ -17,7 +18,8 @@ template <class... Types> Scanners make() {
 Scanners all() {
     // clang-format off
     return make<
-        TrashScanner
+        TrashScanner,
+        SimilarPhotosScanner
     >();
     // clang-format on
 }
