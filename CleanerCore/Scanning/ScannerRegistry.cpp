@@ -14,6 +14,7 @@
 #include "CleanerCore/Scanning/Scanners/PackageCachesScanner.h"
 #include "CleanerCore/Scanning/Scanners/ProjectArtifactsScanner.h"
 #include "CleanerCore/Scanning/Scanners/SavedStateScanner.h"
+#include "CleanerCore/Scanning/Scanners/SimilarPhotosScanner.h"
 #include "CleanerCore/Scanning/Scanners/SimulatorScanner.h"
 #include "CleanerCore/Scanning/Scanners/TrashScanner.h"
 #include "CleanerCore/Scanning/Scanners/UserCachesScanner.h"
@@ -51,6 +52,7 @@ Scanners all() {
         InstallersScanner,
         LargeOldFilesScanner,
         DuplicateScanner,
+        SimilarPhotosScanner,
         CloudLocalCopiesScanner
     >();
     // clang-format on
