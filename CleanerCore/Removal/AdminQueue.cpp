@@ -5,6 +5,7 @@
 #include "CleanerCore/Removal/AuditLog.h"
 #include "CleanerCore/Removal/SafetyPolicy.h"
 #include "CleanerCore/Support/Date.h"
+#include "CleanerCore/Support/UUID.h"
 #include "CleanerCore/Uninstaller/UninstallService.h"
 
 #include <set>
@@ -38,6 +39,7 @@ bool isGone(const std::string& path, const Shell::Result& result) {
 
 AuditEntry entryOf(const ScanItem& item, bool gone) {
     AuditEntry entry;
+    entry.id = newUUID();
     entry.date = currentDate();
     entry.action = "delete";
     entry.target = *item.anyPath();

@@ -1,0 +1,90 @@
+#include "CleanerCore/Removal/AdminQueue.h"
+#include "CleanerCore/Removal/AuditLog.h"
+#include "CleanerCore/Uninstaller/UninstallService.h"
+#include "tests/Support/TemporaryHome.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+namespace loftmere::test {
+
+namespace fs = std::filesystem;
+using testing::ElementsAre;
+
+namespace {
+
+ScanItem itemOf(ItemTarget target, int64_t size = 10) {
+    return ScanItem::make({.target = std::move(target), .size = size, .category = CleanCategory::logs});
+}
+
+std::vector<std::string> titles(const std::vector<ScanItem>& items) {
+    std::vector<std::string> texts;
+    for (const ScanItem& item : items) texts.push_back(item.title);
+    return texts;
+}
+
+} // namespace
+
+TEST(AdminQueueTests, HoldsEachItemOnce) {
+    AdminQueue queue([](const auto&) { return Shell::Result{}; });
+    const ScanItem a = itemOf(AdminPathTarget{"/Library/Caches/a"});
+    const ScanItem b = itemOf(AdminPathTarget{"/Library/Caches/b"}, 5);
+    queue.enqueue({a});
+    queue.enqueue({a, b, b}); // only what was there before the call counts
+    EXPECT_THAT(titles(queue.pending()), ElementsAre("a", "b", "b"));
+    EXPECT_EQ(queue.pendingBytes(), 20);
+    queue.clear();
+    EXPECT_TRUE(queue.pending().empty());
+}
+
+TEST(AdminQueueTests, RemovesInOneGoAndTellsTheOutcome) {
+    const TemporaryHome home;
+    const std::string gone = home.file("Library/Caches/gone", "x");
+    const std::string stays = home.file("Library/Caches/stays", "x");
+    const std::string evicted = home.file("Library/Caches/evicted", "x");
+    const std::string guarded = home.file("Library/Caches/mine/guarded", "x");
+    std::vector<std::vector<std::string>> requests;
+    AdminQueue queue([&](const std::vector<std::string>& paths) {
+        requests.push_back(paths);
+        fs::remove(gone);
+        fs::remove(evicted);
+        return Shell::Result{.status = 1, .out = "", .err = "rm: Resource busy"};
+    });
+    queue.enqueue({itemOf(AdminPathTarget{gone}, 3), itemOf(CommandTarget{{"docker", {"prune"}}}),
+                   itemOf(PathTarget{stays}, 40), itemOf(AdminPathTarget{guarded}),
+                   itemOf(AdminPathTarget{home.at("Library/Caches/vanished")}),
+                   itemOf(EvictTarget{evicted}, 500)});
+    AppConfig config;
+    config.protectedPaths = {home.at("Library/Caches/mine")};
+    const AdminQueue::Outcome outcome = queue.flush(home.paths(), config);
+
+    EXPECT_THAT(requests, ElementsAre(ElementsAre(gone, stays, evicted)));
+    EXPECT_THAT(titles(outcome.removed), ElementsAre("gone", "evicted"));
+    EXPECT_EQ(outcome.freed, 503);
+    ASSERT_EQ(outcome.failed.size(), 1);
+    EXPECT_EQ(outcome.failed[0].first.title, "stays");
+    EXPECT_EQ(outcome.failed[0].second, "File is in use — quit the app and retry");
+    EXPECT_TRUE(queue.pending().empty()) << "the failed one too";
+
+    const std::vector<AuditEntry> log = AuditLog(home.paths()).recent(10);
+    ASSERT_EQ(log.size(), 3);
+    EXPECT_NE(log[1].id, log[2].id);
+    EXPECT_EQ(log[1].target, stays);
+    EXPECT_FALSE(log[1].success);
+    EXPECT_EQ(log[1].message, "admin batch failed");
+    EXPECT_EQ(log[2].action, "delete");
+    EXPECT_EQ(log[2].target, gone);
+    EXPECT_EQ(log[2].size, 3);
+    EXPECT_EQ(log[2].category, CleanCategory::logs);
+    EXPECT_TRUE(log[2].success);
+    EXPECT_EQ(log[2].message, "admin batch");
+
+    queue.enqueue({itemOf(AdminPathTarget{gone})});
+    EXPECT_TRUE(queue.flush(home.paths(), config).removed.empty());
+    EXPECT_EQ(requests.size(), 1) << "what has vanished costs no prompt";
+    EXPECT_TRUE(queue.pending().empty());
+}
+
+} // namespace loftmere::test
