@@ -1,5 +1,6 @@
 #include "tests/Support/ScannerFixtures.h"
 
+#include "CleanerCore/Platform/FileContent.h"
 #include "CleanerCore/Platform/TreeWalk.h"
 
 #include <algorithm>
@@ -95,6 +96,12 @@ void fillCloudCopies(const TemporaryHome& home) {
     home.fileOfSize("Library/Mobile Documents/com~apple~CloudDocs/film.mov", 26 << 20);
 }
 
+void fillPhotos(const TemporaryHome& home) {
+    const std::string pictures = LOFTMERE_SOURCE_DIR "/tests/Scanning/photos/";
+    home.file("Pictures/walk.jpg", readFile(pictures + "grey.jpg").value_or(""));
+    home.file("Documents/Letters/walk.jpg", readFile(pictures + "grey.jpg").value_or(""));
+}
+
 // clang-format off
 constexpr ScannerFixture fixtures[] = {
     {userCaches,    fillUserCaches,    "Library/Caches/com.example.viewer"},
@@ -114,6 +121,7 @@ constexpr ScannerFixture fixtures[] = {
     {installers,    fillInstallers,    "Desktop/Editor.mpkg"},
     {largeOldFiles, fillLargeOldFiles},
     {duplicates,    fillDuplicates},
+    {similarPhotos, fillPhotos},
     {cloudLocalCopies, fillCloudCopies},
 };
 // clang-format on
