@@ -72,12 +72,24 @@ ChildProcess::Deadline after(double seconds) {
            std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(limited(seconds)));
 }
 
-// Whether the child ended by itself within the limit; otherwise it is asked to end, then made to.
-bool endedInTime(ChildProcess& child, double timeout, double obey) {
-    if (child.waitForEnd(after(timeout))) return true;
+using CancelCheck = std::function<bool()>;
+
+// Waits by `wait` until the deadline, but no longer than the answer is wanted. Whether it came.
+template <class Wait> bool waitWhileWanted(double seconds, const CancelCheck& isCancelled, Wait wait) {
+    constexpr double betweenQuestions = 0.05;
+    const auto deadline = after(seconds);
+    if (!isCancelled) return wait(deadline);
+    while (true) {
+        const auto next = std::min(deadline, after(betweenQuestions));
+        if (wait(next)) return true;
+        if (next == deadline || isCancelled()) return false;
+    }
+}
+
+// Asks the child to end, then makes it.
+void end(ChildProcess& child, double obey) {
     child.terminate();
     if (!child.waitForEnd(after(obey))) child.kill();
-    return false;
 }
 
 } // namespace
@@ -95,21 +107,31 @@ std::optional<std::string> which(const std::string& name) {
     return std::nullopt;
 }
 
-Result run(const std::string& tool, const std::vector<std::string>& arguments, double timeout, Grace grace) {
+Result run(const std::string& tool, const std::vector<std::string>& arguments, double timeout, Grace grace,
+           const CancelCheck& isCancelled) {
     const auto executable = which(tool);
     if (!executable) return {.status = notFound, .out = "", .err = fmt::format("{} not found", tool)};
-    const auto child = ChildProcess::start(*executable, arguments);
-    if (!child) return {.status = notLaunched, .out = "", .err = child.error().message};
+    const auto started = ChildProcess::start(*executable, arguments);
+    if (!started) return {.status = notLaunched, .out = "", .err = started.error().message};
 
-    const bool inTime = endedInTime(**child, timeout, grace.obey);
-    const bool complete = (*child)->waitForOutput(after(grace.read)) && (*child)->outputIsComplete();
+    ChildProcess& child = **started;
+    const bool inTime =
+        waitWhileWanted(timeout, isCancelled, [&](auto deadline) { return child.waitForEnd(deadline); });
+    if (!inTime && isCancelled && isCancelled()) {
+        child.kill();
+        return {.status = cancelled, .out = "", .err = fmt::format("{} was cancelled", tool)};
+    }
+    if (!inTime) end(child, grace.obey);
+    const bool complete = waitWhileWanted(grace.read, isCancelled,
+                                          [&](auto deadline) { return child.waitForOutput(deadline); }) &&
+                          child.outputIsComplete();
     Result result;
-    result.status = inTime ? (*child)->status() : timedOut;
-    if (complete) result.out = repairedUTF8((*child)->out());
+    result.status = inTime ? child.status() : timedOut;
+    if (complete) result.out = repairedUTF8(child.out());
     if (!inTime) {
         result.err = fmt::format("{} timed out after {}s", tool, static_cast<int64_t>(limited(timeout)));
     } else {
-        result.err = complete ? repairedUTF8((*child)->err())
+        result.err = complete ? repairedUTF8(child.err())
                               : fmt::format("{} produced output that could not be read", tool);
     }
     return result;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -20,6 +21,7 @@ struct Result {
 inline constexpr int32_t notFound = 127; // no process was started
 inline constexpr int32_t notLaunched = 126;
 inline constexpr int32_t timedOut = -1;
+inline constexpr int32_t cancelled = -2;
 
 // How long a run may last beyond its time limit, in seconds. Every caller is served with the defaults; tests
 // shorten them.
@@ -32,9 +34,11 @@ struct Grace {
 // folders first and in PATH after them. Absent when there is no executable file.
 std::optional<std::string> which(const std::string& name);
 
-// Runs a tool to its end, but for at most `timeout` seconds and the grace.
+// Runs a tool to its end, but for at most `timeout` seconds and the grace. `isCancelled`, if given, is asked
+// on this thread every 0.05 seconds; when it answers true the tool is killed at once, so only a tool that
+// asks and changes nothing should be run with one.
 Result run(const std::string& tool, const std::vector<std::string>& arguments, double timeout,
-           Grace grace = {});
+           Grace grace = {}, const std::function<bool()>& isCancelled = nullptr);
 
 // For tests alone: stand-ins for tools that the system's folders may hold too.
 struct SearchOverride {

@@ -81,10 +81,11 @@ ScanItem itemFor(const Reclaimable& row, int64_t size) {
 
 } // namespace
 
-Result<std::vector<ScanItem>> DockerScanner::scan(const ScanContext&) const {
+Result<std::vector<ScanItem>> DockerScanner::scan(const ScanContext& context) const {
     std::vector<ScanItem> items;
     if (!Shell::which("docker")) return items;
-    const auto answer = Shell::run("docker", {"system", "df", "--format", "{{json .}}"}, toolLimit_);
+    const auto answer =
+        Shell::run("docker", {"system", "df", "--format", "{{json .}}"}, toolLimit_, {}, context.isCancelled);
     if (!answer.ok()) return items;
     const auto sizes = sizesIn(answer.out);
     for (const Reclaimable& row : reclaimables) {

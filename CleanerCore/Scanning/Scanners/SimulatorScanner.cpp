@@ -89,7 +89,8 @@ Result<std::vector<ScanItem>> SimulatorScanner::scan(const ScanContext& context)
 
 std::vector<ScanItem> SimulatorScanner::unavailableSimulators(const ScanContext& context) const {
     if (!Shell::which("xcrun")) return {};
-    const auto answer = Shell::run("xcrun", {"simctl", "list", "devices", "unavailable", "-j"}, toolLimit_);
+    const auto answer = Shell::run("xcrun", {"simctl", "list", "devices", "unavailable", "-j"}, toolLimit_,
+                                   {}, context.isCancelled);
     if (!answer.ok()) return {};
     const std::vector<std::string> identifiers = deviceIdentifiers(answer.out);
     if (identifiers.empty()) return {};

@@ -7,6 +7,8 @@
 
 #include <gmock/gmock.h>
 
+#include <chrono>
+
 using namespace loftmere;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -139,6 +141,23 @@ broken
     EXPECT_THAT(DockerScanner(0.2).scan(context).value(), IsEmpty());
     tools.remove("docker");
     EXPECT_THAT(DockerScanner().scan(context).value(), IsEmpty());
+}
+
+TEST(OutsideTools, AreNotWaitedForAfterCancel) {
+    test::ScriptedTools tools;
+    for (const char* name : {"docker", "xcrun"}) tools.add(name, "trap '' TERM; sleep 60 & wait; wait");
+    const test::TemporaryHome home;
+    ScanContext context = test::scanContext(home);
+    std::chrono::steady_clock::time_point cancelledAt;
+    context.isCancelled = [&, asked = 0]() mutable {
+        if (++asked == 3) cancelledAt = std::chrono::steady_clock::now();
+        return asked >= 3;
+    };
+    ScanContext again = context;
+    EXPECT_THAT(DockerScanner().scan(context).value(), IsEmpty());
+    EXPECT_LT(std::chrono::steady_clock::now() - cancelledAt, std::chrono::seconds(1));
+    EXPECT_THAT(SimulatorScanner().scan(again).value(), IsEmpty());
+    EXPECT_LT(std::chrono::steady_clock::now() - cancelledAt, std::chrono::seconds(1));
 }
 
 TEST(Docker, ParsesItsSizes) {
