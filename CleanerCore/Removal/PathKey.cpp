@@ -42,7 +42,11 @@ bool PathKey::isSame(const PathKey& other) const {
 
 bool PathKey::isAtOrUnder(const PathKey& root) const {
     if (!loftmere::isAtOrUnder(caseless_, root.caseless_)) return false;
-    if (loftmere::isAtOrUnder(composed_, root.composed_)) return true;
+    return loftmere::isAtOrUnder(composed_, root.composed_) || reaches(root);
+}
+
+// Whether the path leads through the root on this volume, though it is written in other letters.
+bool PathKey::reaches(const PathKey& root) const {
     return sameOnDisk(path_.substr(0, lengthOfComponents(root.components_)), root.path_);
 }
 

@@ -29,6 +29,7 @@ public:
     std::string below(const PathKey& root) const;
 
 private:
+    bool reaches(const PathKey& root) const;
     size_t lengthOfComponents(size_t count) const;
 
     std::string path_;

@@ -50,44 +50,74 @@ int ownerRank(CleanCategory category) {
     return 5;
 }
 
-Owners ownersOf(const std::vector<CategoryResult>& results) {
-    Owners owners;
-    for (const CategoryResult& result : results) {
-        for (const ScanItem& item : result.items) {
-            if (item.path() == nullptr) continue;
-            const auto [owner, isNew] = owners.try_emplace(composedText(*item.path()), result.category);
-            if (!isNew && ownerRank(owner->second) < ownerRank(result.category))
-                owner->second = result.category;
-        }
+// For each item of one result its path and that path's owner; null for what is never reconciled.
+using Claims = std::vector<const Owners::value_type*>;
+
+Claims claim(const CategoryResult& result, Owners& owners) {
+    Claims claims;
+    claims.reserve(result.items.size());
+    for (const ScanItem& item : result.items) {
+        claims.push_back(nullptr);
+        if (item.path() == nullptr) continue;
+        const auto [entry, isNew] = owners.try_emplace(composedText(*item.path()), result.category);
+        if (!isNew && ownerRank(entry->second) < ownerRank(result.category)) entry->second = result.category;
+        claims.back() = &*entry;
     }
-    return owners;
+    return claims;
 }
 
-bool liesBelowAnotherFinding(std::string_view path, const Owners& owners) {
-    while (path.size() > 1 && path.ends_with('/')) path.remove_suffix(1);
-    for (size_t slash = path.rfind('/'); slash != std::string_view::npos && slash >= 2;) {
-        if (owners.contains(path.substr(0, slash))) return true;
-        slash = path.rfind('/', slash - 1);
+// Tells what lies below a finding. Each folder is walked up once: what holds many findings is asked about
+// often.
+class Ancestors {
+public:
+    explicit Ancestors(const Owners& owners) : owners_(owners) {}
+
+    bool hide(std::string_view path) {
+        while (path.size() > 1 && path.ends_with('/')) path.remove_suffix(1);
+        const size_t slash = path.rfind('/');
+        // The root of the file system is no finding that counts.
+        if (slash == std::string_view::npos || slash < 2) return false;
+        const std::string_view folder = path.substr(0, slash);
+        if (const auto known = known_.find(folder); known != known_.end()) return known->second;
+        const bool isHidden = owners_.contains(folder) || isBelowFinding(folder);
+        known_.emplace(folder, isHidden);
+        return isHidden;
     }
-    return false;
-}
+
+private:
+    bool isBelowFinding(std::string_view path) const {
+        for (size_t slash = path.rfind('/'); slash >= 2 && slash != std::string_view::npos;) {
+            if (owners_.contains(path.substr(0, slash))) return true;
+            slash = path.rfind('/', slash - 1);
+        }
+        return false;
+    }
+
+    const Owners& owners_;
+    std::unordered_map<std::string, bool, TextHash, std::equal_to<>> known_;
+};
 
 } // namespace
 
 std::vector<CategoryResult> ScanEngine::dedupe(std::vector<CategoryResult> results,
                                                const SafetyPolicy& policy) {
-    const Owners owners = ownersOf(results);
+    Owners owners;
+    std::vector<Claims> claims;
+    for (const CategoryResult& result : results) claims.push_back(claim(result, owners));
+    Ancestors ancestors(owners);
     SafetyPolicy::Batch batch(policy);
-    for (CategoryResult& result : results) {
-        const auto isKept = [&](const ScanItem& item) {
-            const std::string* path = item.path();
-            if (path == nullptr) return true;
-            const std::string key = composedText(*path);
-            return owners.at(key) == result.category && !liesBelowAnotherFinding(key, owners) &&
-                   !std::holds_alternative<SafetyPolicy::Blocked>(batch.check(*path));
-        };
-        std::erase_if(result.items, std::not_fn(isKept));
-        std::ranges::stable_sort(result.items, std::greater<>{}, &ScanItem::size);
+    for (size_t r = 0; r < results.size(); ++r) {
+        std::vector<ScanItem> kept;
+        for (size_t i = 0; i < claims[r].size(); ++i) {
+            ScanItem& item = results[r].items[i];
+            const auto* claimed = claims[r][i];
+            const bool isKept = claimed == nullptr ||
+                                (claimed->second == results[r].category && !ancestors.hide(claimed->first) &&
+                                 !std::holds_alternative<SafetyPolicy::Blocked>(batch.check(*item.path())));
+            if (isKept) kept.push_back(std::move(item));
+        }
+        std::ranges::stable_sort(kept, std::greater<>{}, &ScanItem::size);
+        results[r].items = std::move(kept);
     }
     std::ranges::stable_sort(results, {}, &CategoryResult::category);
     return results;
