@@ -17,9 +17,9 @@ public:
     // be opened; never waits.
     static std::optional<FileLock> acquire(const std::string& path);
 
-    // On the folder that stands at a place. Absent when another holds the lock or when there is no such
-    // folder; a file system without locks for folders keeps nobody out.
-    static std::optional<FileLock> acquireFolder(const Place& place);
+    // On the folder that stands at a place. Fails with EWOULDBLOCK when another holds the lock, and when
+    // there is no such folder; a file system without locks for folders keeps nobody out.
+    static Result<FileLock> acquireFolder(const Place& place);
 
     ~FileLock() { release(); }
     FileLock(FileLock&&) noexcept = default;

@@ -11,6 +11,7 @@
 #include <fmt/chrono.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <ctime>
 
 namespace loftmere {
@@ -108,10 +109,11 @@ Result<std::vector<CleanFailure>> Quarantine::restore(const std::string& session
                                                       const std::optional<std::set<std::string>>& entryIDs) {
     if (!isEntryName(sessionID)) return failed(QuarantineError::invalidID(sessionID));
     letGo(sessionID);
-    const auto folder = QuarantineFolder::open(paths_, sessionID);
-    if (!folder) return std::vector<CleanFailure>{};
+    auto folder = QuarantineFolder::open(paths_, sessionID);
+    if (!folder && folder.error().code == ENOENT) return std::vector<CleanFailure>{};
+    if (!folder) return failed(std::move(folder.error()));
     const auto lock = folder->lock();
-    if (!lock) return failed(QuarantineError::inUse(sessionID));
+    if (!lock) return failed(lock.error());
     auto session = folder->read();
     if (!session) return std::vector<CleanFailure>{};
     return QuarantineRestore(paths_, *folder, std::move(*session)).run(entryIDs);
@@ -140,7 +142,7 @@ Status Quarantine::purge(const std::string& sessionID) {
     const auto folder = QuarantineFolder::open(paths_, sessionID);
     if (!folder) return failed(folder.error());
     const auto lock = folder->lock();
-    if (!lock) return failed(QuarantineError::inUse(sessionID));
+    if (!lock) return failed(lock.error());
     return folder->remove();
 }
 

@@ -7,6 +7,7 @@
 #include "CleanerCore/Removal/QuarantineError.h"
 #include "CleanerCore/Support/PathText.h"
 
+#include <cerrno>
 #include <unordered_map>
 
 namespace loftmere {
@@ -34,9 +35,11 @@ Result<QuarantineFolder> QuarantineFolder::open(const Paths& paths, const std::s
     if (!place) return failed(std::move(place.error()));
     auto folder = place->below(itemsName);
     if (!folder) return failed(std::move(folder.error()));
-    // A folder without items holds nothing, but it is one.
     auto items = folder->below("0");
-    return QuarantineFolder(std::move(*place), items ? std::optional(std::move(*items)) : std::nullopt);
+    if (items) return QuarantineFolder(std::move(*place), std::move(*items));
+    // A folder without items holds nothing, but it is one.
+    if (items.error().code == ENOENT) return QuarantineFolder(std::move(*place), std::nullopt);
+    return failed(std::move(items.error()));
 }
 
 Result<QuarantineFolder> QuarantineFolder::create(const Paths& paths, const QuarantineSession& session) {
@@ -50,6 +53,12 @@ Result<QuarantineFolder> QuarantineFolder::create(const Paths& paths, const Quar
     return created;
 }
 
+Result<FileLock> QuarantineFolder::lock() const {
+    auto lock = FileLock::acquireFolder(place_);
+    if (!lock && lock.error().code == EWOULDBLOCK) return failed(QuarantineError::inUse(place_.name()));
+    return lock;
+}
+
 std::string QuarantineFolder::journal() const {
     return joinPath(place_.realPath(), QuarantineJournal::fileName);
 }
@@ -59,9 +68,11 @@ std::optional<Place> QuarantineFolder::item(const std::string& storedName) const
     return items_->beside(storedName);
 }
 
-bool QuarantineFolder::isStored(const std::string& storedName) const {
+bool QuarantineFolder::isAbsent(const std::string& storedName) const {
     const auto stored = item(storedName);
-    return stored && stored->status();
+    if (!stored) return true;
+    const auto status = stored->status();
+    return !status && status.error() == ENOENT;
 }
 
 std::string QuarantineFolder::itemPath(const std::string& storedName) const {
@@ -75,11 +86,11 @@ std::optional<QuarantineSession> QuarantineFolder::read() const {
     if (!session) return session;
     std::unordered_set<std::string> known;
     for (QuarantineEntry& entry : session->entries) {
-        if (moves.restoring.contains(entry.storedName)) entry.restored |= !isStored(entry.storedName);
+        if (moves.restoring.contains(entry.storedName)) entry.restored |= isAbsent(entry.storedName);
         if (!moves.arriving.empty()) known.insert(entry.storedName);
     }
     for (const QuarantineEntry* entry : lastOfEachName(moves.arriving)) {
-        if (!known.contains(entry->storedName) && isStored(entry->storedName))
+        if (!known.contains(entry->storedName) && !isAbsent(entry->storedName))
             session->entries.push_back(*entry);
     }
     return session;

@@ -22,13 +22,15 @@ public:
     // Makes the folder with all that a session needs, on the disk.
     static Result<QuarantineFolder> create(const Paths& paths, const QuarantineSession& session);
 
-    // Absent while another holds it.
-    std::optional<FileLock> lock() const { return FileLock::acquireFolder(place_); }
+    // Fails while another run holds it.
+    Result<FileLock> lock() const;
 
     // Where an item stands, or will stand, under its stored name. Absent when the name could lead elsewhere,
     // or when the folder has no items at all.
     std::optional<Place> item(const std::string& storedName) const;
-    bool isStored(const std::string& storedName) const;
+
+    // Whether certainly nothing is stored under the name; what cannot be looked at may be there.
+    bool isAbsent(const std::string& storedName) const;
 
     // The path of the item, for messages.
     std::string itemPath(const std::string& storedName) const;

@@ -55,8 +55,9 @@ void QuarantineRestore::announce(const std::vector<QuarantineEntry*>& entries) c
 
 Status QuarantineRestore::moveBack(const QuarantineEntry& entry) const {
     const auto stored = folder_.item(entry.storedName);
-    if (!stored || !stored->status())
+    if (!stored || folder_.isAbsent(entry.storedName)) {
         return failed(QuarantineError::missing(folder_.itemPath(entry.storedName)));
+    }
     const auto destination = RestoreDestination::open(paths_, entry.originalPath);
     if (!destination) return failed(destination.error());
     if (destination->isTaken()) return failed(QuarantineError::destinationExists(entry.originalPath));

@@ -39,7 +39,7 @@ Result<QuarantineWriter> QuarantineWriter::open(const Paths& paths, const std::s
     auto folder = QuarantineFolder::open(paths, sessionID);
     if (!folder) return failed(std::move(folder.error()));
     auto lock = folder->lock();
-    if (!lock) return failed(QuarantineError::inUse(sessionID));
+    if (!lock) return failed(std::move(lock.error()));
     const auto session = folder->read();
     if (!session) return failed(Failure::posix(ENOENT, "read", folder->itemPath("")));
     QuarantineWriter writer(paths, std::move(*folder), std::move(*lock));
@@ -100,14 +100,14 @@ Status QuarantineWriter::announce(const QuarantineEntry& entry) {
 // pass for the one that was announced last. Empty when that is so of the first.
 std::vector<QuarantineEntry> QuarantineWriter::withFollowing(const QuarantineEntry& entry) {
     std::vector<QuarantineEntry> window;
-    if (folder_.isStored(entry.storedName)) return window;
+    if (!folder_.isAbsent(entry.storedName)) return window;
     window.push_back(entry);
     const auto known = foreseenAt_.find(entry.originalPath);
     if (known == foreseenAt_.end()) return window;
     for (size_t at = known->second + 1; at < foreseen_.size() && window.size() < window_; ++at) {
         const ForeseenItem& next = foreseen_[at];
         const std::string name = storedNameOf(count_ + window.size(), lastPathComponent(next.originalPath));
-        if (!isValidUTF8(next.originalPath) || folder_.isStored(name)) break;
+        if (!isValidUTF8(next.originalPath) || !folder_.isAbsent(name)) break;
         window.push_back({next.originalPath, name, next.size, next.category});
     }
     return window;

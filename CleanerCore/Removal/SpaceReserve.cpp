@@ -5,7 +5,6 @@
 #include "CleanerCore/Platform/Removal.h"
 #include "CleanerCore/Support/PathText.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <random>
 
@@ -13,14 +12,18 @@ namespace loftmere {
 
 namespace {
 
-constexpr int64_t reservedBytes = int64_t{4} << 20; // the manifests of some ten thousand items
-constexpr int64_t plenty = 8 * reservedBytes;       // less than that is not ours to put by
+constexpr size_t reservedBytes = size_t{4} << 20;                // the manifests of some ten thousand items
+constexpr auto plenty = static_cast<int64_t>(8 * reservedBytes); // less than that is not ours to put by
 
 // Bytes that no file system can store in less space.
 std::string filling() {
     std::mt19937_64 random(1);
-    std::string bytes(reservedBytes, '\0');
-    std::ranges::generate(bytes, [&] { return static_cast<char>(random()); });
+    std::string bytes;
+    bytes.reserve(reservedBytes);
+    while (bytes.size() < reservedBytes) {
+        const uint64_t word = random();
+        bytes.append(reinterpret_cast<const char*>(&word), sizeof word);
+    }
     return bytes;
 }
 

@@ -33,6 +33,16 @@ Status addFile(Quarantine& quarantine, const std::string& path, QuarantineSessio
     return quarantine.add(path, 10, CleanCategory::logs, session);
 }
 
+// Ends a mount with its scope.
+struct Mounted {
+    explicit Mounted(std::string at) : path(std::move(at)) {}
+    ~Mounted() { ::umount2(path.c_str(), MNT_DETACH); }
+    Mounted(const Mounted&) = delete;
+    Mounted& operator=(const Mounted&) = delete;
+
+    std::string path;
+};
+
 std::vector<std::string> messagesOf(const Result<std::vector<CleanFailure>>& failures) {
     if (!failures) return {"refused: " + failures.error().message};
     std::vector<std::string> messages;
@@ -221,12 +231,14 @@ TEST(Quarantine, MovesAndDeletesOnAFullDisk) {
         const std::string image = std::string("mkfs.ext4 -q -m 0 ") + home.file("image", "") +
                                   " 64M && mount -o loop " + home.at("image") + " " + home.folder("disk");
         const bool isMemory = std::string_view(type) == "tmpfs";
-        const int mounted = isMemory ? ::mount("none", home.folder("disk").c_str(), type, 0, "size=64m")
-                                     : std::system(image.c_str()); // NOLINT(concurrency-mt-unsafe)
-        if (mounted != 0) GTEST_SKIP() << "needs root";
-        const Paths paths(home.at("disk"));
+        const int answer = isMemory ? ::mount("none", home.folder("disk").c_str(), type, 0, "size=64m")
+                                    : std::system(image.c_str()); // NOLINT(concurrency-mt-unsafe)
+        if (answer != 0) GTEST_SKIP() << "needs root";
+        const Mounted mounted(home.at("disk"));
+        const Paths paths(mounted.path);
         {
             Quarantine quarantine(paths);
+            ASSERT_TRUE(paths.ensureSupportDirs());
             (void)quarantine.purgeExpired(start); // what every tick of the agent does in good times
             home.file("disk/old", std::string(100000, 'x'));
             home.file("disk/junk/big", std::string(1000000, 'x'));
@@ -246,6 +258,5 @@ TEST(Quarantine, MovesAndDeletesOnAFullDisk) {
             EXPECT_THAT(messagesOf(quarantine.restore(session->id, std::nullopt)), ElementsAre());
             EXPECT_EQ(fs::file_size(home.at("disk/old")), 100000);
         }
-        EXPECT_EQ(::umount(home.at("disk").c_str()), 0);
     }
 }

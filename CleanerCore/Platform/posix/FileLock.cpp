@@ -15,9 +15,10 @@ std::optional<FileLock> FileLock::acquire(const std::string& path) {
     return FileLock(std::move(fd));
 }
 
-std::optional<FileLock> FileLock::acquireFolder(const Place& place) {
+Result<FileLock> FileLock::acquireFolder(const Place& place) {
     FileDescriptor fd(calls::open(place.folder(), place.name().c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW));
-    if (!fd || (::flock(fd.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK)) return std::nullopt;
+    const bool isHeld = fd && ::flock(fd.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+    if (!fd || isHeld) return failed(Failure::posix(errno, "lock", place.realPath()));
     return FileLock(std::move(fd));
 }
 

@@ -1,0 +1,172 @@
+#include "CleanerCore/Platform/Removal.h"
+#include "CleanerCore/Removal/RestoreDestination.h"
+#include "CleanerCore/Support/PathText.h"
+#include "tests/Support/SwapRig.h"
+#include "tests/Support/TemporaryHome.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <functional>
+#include <iostream>
+
+using namespace loftmere;
+using test::SwapRig;
+using test::TemporaryHome;
+namespace fs = std::filesystem;
+
+// While a folder is deleted, moved or restored, a thread keeps exchanging one of its subfolders, or a parent
+// of it, for a link to a folder outside. The operations must never reach what is there; done the naive way
+// they soon do.
+
+namespace {
+
+constexpr int canaries = 20;
+
+void touch(const std::string& path) {
+    ::close(::open(path.c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, 0600));
+}
+
+void fill(const std::string& folder) {
+    ::mkdir(folder.c_str(), 0700);
+    for (int i = 0; i < canaries; ++i) touch(folder + "/" + std::to_string(i));
+}
+
+int64_t entriesOf(const std::string& folder) {
+    return std::distance(fs::directory_iterator(folder), {});
+}
+
+using Operation = std::function<void(const std::string& path)>;
+
+void removeNaively(const std::string& path) {
+    std::error_code error;
+    if (!fs::is_directory(fs::symlink_status(path, error))) {
+        ::unlink(path.c_str());
+        return;
+    }
+    for (auto entry = fs::directory_iterator(path, error); entry != fs::directory_iterator();
+         entry.increment(error)) {
+        if (error) return;
+        removeNaively(entry->path());
+    }
+    ::rmdir(path.c_str());
+}
+
+// What a caller does: the place is judged by its real path, and then acted on.
+void judgeAndRemove(const std::string& path) {
+    const auto place = Place::open(path);
+    if (place && place->realPath() == path) (void)removeItem(*place);
+}
+
+// The same by paths alone.
+void judgeAndRemoveNaively(const std::string& path) {
+    char real[4096];
+    if (::realpath(path.c_str(), real) != nullptr && path == real) removeNaively(path);
+}
+
+struct Outcome {
+    int64_t exchanges = 0;
+    bool isHarmed = false;
+};
+
+// Rounds of `operation` on `victim`, in a world that `prepare` sets up anew each time, until the exchanges
+// are through or the outside is harmed. Only exchanges during the operation count.
+Outcome rounds(const std::string& victim, const SwapRig& rig, const std::function<void()>& prepare,
+               const std::function<bool()>& isHarmed, const Operation& operation) {
+    Outcome outcome;
+    while (outcome.exchanges < test::wantedExchanges() && !outcome.isHarmed) {
+        prepare();
+        const int64_t before = rig.exchanges();
+        operation(victim);
+        outcome.exchanges += rig.exchanges() - before;
+        outcome.isHarmed = isHarmed();
+    }
+    std::cout << "    " << outcome.exchanges << " exchanges" << (outcome.isHarmed ? ", harmed" : "") << "\n";
+    return outcome;
+}
+
+Outcome swapSubfolder(const Operation& operation) {
+    const TemporaryHome home;
+    fill(home.at("outside"));
+    const std::string tree = home.at("tree");
+    const std::string sub = home.at("tree/sub");
+    const std::string parked = home.at("parked");
+    const SwapRig rig(sub, parked);
+    const auto prepare = [&] {
+        for (const std::string& left : {tree, parked}) {
+            while (!removeItem(*Place::open(left)) && fs::exists(fs::symlink_status(left))) {
+            }
+        }
+        fill(tree + ".new"); // without the subfolder's name the neighbour has nothing to exchange
+        fill(tree + ".new/sub");
+        fs::create_directory_symlink(home.at("outside"), parked);
+        fs::rename(tree + ".new", tree);
+    };
+    return rounds(tree, rig, prepare, [&] { return entriesOf(home.at("outside")) != canaries; }, operation);
+}
+
+Outcome swapParent(const Operation& operation) {
+    const TemporaryHome home;
+    home.folder("outside");
+    fill(home.at("outside/tree"));
+    // The real parent is now at the one place, now at the other; the descriptor always leads to it.
+    const FileDescriptor real(::open(home.folder("parent").c_str(), O_DIRECTORY | O_RDONLY));
+    home.link("parked", home.at("outside"));
+    const SwapRig rig(home.at("parent"), home.at("parked"));
+    const auto prepare = [&] {
+        if (::mkdirat(real.get(), "tree", 0700) != 0) return;
+        for (int i = 0; i < canaries; ++i) {
+            const std::string name = "tree/" + std::to_string(i);
+            ::close(::openat(real.get(), name.c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, 0600));
+        }
+    };
+    const auto isHarmed = [&] {
+        return !fs::exists(home.at("outside/tree")) || entriesOf(home.at("outside/tree")) != canaries;
+    };
+    return rounds(home.at("parent/tree"), rig, prepare, isHarmed, operation);
+}
+
+Outcome swapWayBack(const Operation& operation) {
+    const TemporaryHome home;
+    const TemporaryHome outside;
+    home.folder("parent/deeper");
+    outside.folder("deeper");
+    home.link("parked", outside.path());
+    const SwapRig rig(home.at("parent"), home.at("parked"));
+    const auto prepare = [&] { touch(home.at("stored")); };
+    const auto isHarmed = [&] { return entriesOf(outside.at("deeper")) != 0; };
+    return rounds(home.path(), rig, prepare, isHarmed, operation);
+}
+
+void moveBack(const std::string& home) {
+    const auto destination = RestoreDestination::open(Paths(home), home + "/parent/deeper/back");
+    const auto place = destination ? destination->make() : failed(destination.error());
+    if (place && moveItem(*Place::open(home + "/stored"), *place)) (void)removeItem(*place);
+}
+
+void moveBackNaively(const std::string& home) {
+    char real[4096];
+    const std::string folder = home + "/parent/deeper";
+    if (::realpath(folder.c_str(), real) == nullptr || folder != real) return;
+    const std::string back = folder + "/back";
+    ::rename((home + "/stored").c_str(), back.c_str());
+}
+
+} // namespace
+
+TEST(LinkSwap, RemovalNeverLeavesItsTree) {
+    EXPECT_FALSE(swapSubfolder(judgeAndRemove).isHarmed);
+    EXPECT_TRUE(swapSubfolder(removeNaively).isHarmed);
+}
+
+TEST(LinkSwap, RemovalActsOnWhatWasJudged) {
+    EXPECT_FALSE(swapParent(judgeAndRemove).isHarmed);
+    EXPECT_TRUE(swapParent(judgeAndRemoveNaively).isHarmed);
+}
+
+TEST(LinkSwap, ItemsComeBackToWhereTheyMay) {
+    EXPECT_FALSE(swapWayBack(moveBack).isHarmed);
+    EXPECT_TRUE(swapWayBack(moveBackNaively).isHarmed);
+}
