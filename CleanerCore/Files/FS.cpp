@@ -1,7 +1,7 @@
 #include "CleanerCore/Files/FS.h"
 
-#include "CleanerCore/Platform/Directory.h"
 #include "CleanerCore/Platform/FileStatus.h"
+#include "CleanerCore/Platform/SizeWalk.h"
 #include "CleanerCore/Platform/TreeWalk.h"
 #include "CleanerCore/Platform/Volume.h"
 #include "CleanerCore/Support/PathText.h"
@@ -42,10 +42,16 @@ bool isDirectory(const std::string& path) {
 
 std::vector<std::string> children(const std::string& path) {
     std::vector<std::string> paths;
-    for (const DirectoryEntry& entry : readDirectory(path).value_or(std::vector<DirectoryEntry>{})) {
-        if (entry.name != ".DS_Store" && isValidUTF8(entry.name)) paths.push_back(joinPath(path, entry.name));
-    }
+    for (const DirectoryEntry& entry : entries(path)) paths.push_back(joinPath(path, entry.name));
     return paths;
+}
+
+std::vector<DirectoryEntry> entries(const std::string& path) {
+    auto all = readDirectory(path).value_or(std::vector<DirectoryEntry>{});
+    std::erase_if(all, [](const DirectoryEntry& entry) {
+        return entry.name == ".DS_Store" || !isValidUTF8(entry.name);
+    });
+    return all;
 }
 
 std::optional<Date> modificationDate(const std::string& path) {
@@ -72,7 +78,7 @@ std::optional<Date> newestModification(const std::string& path, int limit) {
     int seen = 0;
     walkTree(path, [&](const WalkEntry& entry) {
         if (++seen > limit) return WalkStep::stop;
-        newest = std::max(newest, modificationDate(entry.path));
+        if (const auto status = entry.status()) newest = std::max(newest, std::optional(status->modified));
         return WalkStep::proceed;
     });
     return newest;
@@ -82,15 +88,7 @@ int64_t allocatedSize(const std::string& path, const CancelCheck& cancel) {
     const auto status = linkStatus(path);
     if (!status || status->type == FileType::symlink) return 0;
     if (status->type != FileType::directory) return status->allocated;
-    int64_t total = 0;
-    int64_t seen = 0;
-    walkTree(path, [&](const WalkEntry& entry) {
-        if (++seen % 2000 == 0 && cancel && cancel()) return WalkStep::stop;
-        if (entry.type != FileType::regular) return WalkStep::proceed;
-        if (const auto file = linkStatus(entry.path)) total += file->allocated;
-        return WalkStep::proceed;
-    });
-    return total;
+    return allocatedBelow(path, cancel);
 }
 
 std::optional<std::string> volumeID(const std::string& path) {

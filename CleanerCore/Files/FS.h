@@ -1,5 +1,6 @@
 #pragma once
 
+#include "CleanerCore/Platform/Directory.h"
 #include "CleanerCore/Records/VolumeSpace.h"
 #include "CleanerCore/Support/Date.h"
 
@@ -33,6 +34,9 @@ bool isDirectory(const std::string& path);
 // without names that are not valid UTF-8: those are only ever handled as part of their folder. A link given
 // as `path` is followed.
 std::vector<std::string> children(const std::string& path);
+
+// The same entries by name, each with what it is itself: a link is a link. It saves asking for each.
+std::vector<DirectoryEntry> entries(const std::string& path);
 
 // A final link is not followed.
 std::optional<Date> modificationDate(const std::string& path);

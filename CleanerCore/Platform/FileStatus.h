@@ -25,12 +25,17 @@ struct FileStatus {
     Date statusChanged;
     std::optional<Date> created;       // where the file system keeps it
     std::optional<Date> addedToFolder; // when the item came into its folder
+    bool placeholder = false;          // the content is in a cloud only; reading would fetch it
 };
 
-// The item itself, a final symbolic link not followed; the errno value on failure. Any thread.
+// The item itself, a final symbolic link not followed, slashes behind it passed over; the errno value on
+// failure. Any thread.
 std::expected<FileStatus, int> linkStatus(const std::string& path);
 
 // The item that the path leads to, links followed; the errno value on failure. Any thread.
 std::expected<FileStatus, int> targetStatus(const std::string& path);
+
+// The open item; the errno value on failure. `addedToFolder` may be absent. Any thread.
+std::expected<FileStatus, int> descriptorStatus(int fd);
 
 } // namespace loftmere

@@ -14,11 +14,11 @@ namespace loftmere {
 // What a scanner says of a finding; ScanItem::make gives it an identity.
 struct ItemDescription {
     std::optional<std::string> title = std::nullopt; // absent: the path's last component, or the command line
-    ItemTarget target;
+    ItemTarget target = {};
     int64_t size = 0;
     CleanCategory category = CleanCategory::userCaches;
     Risk risk = Risk::safe;
-    std::string reason;
+    std::string reason = {};
     std::optional<Date> lastUsed = std::nullopt;
 };
 
@@ -26,7 +26,7 @@ struct ItemDescription {
 struct ScanItem {
     std::string id; // derived from the target, so that a thing found again has the same id
     std::string title;
-    ItemTarget target;
+    ItemTarget target = {};
     int64_t size = 0; // allocated bytes, or an estimate for commands
     CleanCategory category = CleanCategory::userCaches;
     Risk risk = Risk::safe;

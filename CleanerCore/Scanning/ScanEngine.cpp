@@ -1,9 +1,9 @@
 #include "CleanerCore/Scanning/ScanEngine.h"
 
+#include "CleanerCore/Removal/SafetyPolicy.h"
 #include "CleanerCore/Scanning/Throttle.h"
 #include "CleanerCore/Support/Concurrent.h"
 
-#include <algorithm>
 #include <mutex>
 
 namespace loftmere {
@@ -53,8 +53,7 @@ std::vector<CategoryResult> ScanEngine::scan(const ScannerRegistry::Scanners& sc
         const std::lock_guard guard(lock);
         results.push_back(std::move(result));
     });
-    std::ranges::stable_sort(results, {}, &CategoryResult::category);
-    return results;
+    return dedupe(std::move(results), SafetyPolicy(paths_, config_.protectedPaths));
 }
 
 } // namespace loftmere

@@ -1,7 +1,18 @@
 #include "CleanerCore/Scanning/ScannerRegistry.h"
 
+#include "CleanerCore/Scanning/Scanners/CrashReportsScanner.h"
+#include "CleanerCore/Scanning/Scanners/DuplicateScanner.h"
+#include "CleanerCore/Scanning/Scanners/IOSBackupsScanner.h"
+#include "CleanerCore/Scanning/Scanners/IOSUpdatesScanner.h"
+#include "CleanerCore/Scanning/Scanners/InstallersScanner.h"
+#include "CleanerCore/Scanning/Scanners/LargeOldFilesScanner.h"
+#include "CleanerCore/Scanning/Scanners/LogsScanner.h"
+#include "CleanerCore/Scanning/Scanners/MailDownloadsScanner.h"
+#include "CleanerCore/Scanning/Scanners/OldDownloadsScanner.h"
+#include "CleanerCore/Scanning/Scanners/SavedStateScanner.h"
 #include "CleanerCore/Scanning/Scanners/SimilarPhotosScanner.h"
 #include "CleanerCore/Scanning/Scanners/TrashScanner.h"
+#include "CleanerCore/Scanning/Scanners/UserCachesScanner.h"
 
 namespace loftmere::ScannerRegistry {
 
@@ -18,7 +29,18 @@ template <class... Types> Scanners make() {
 Scanners all() {
     // clang-format off
     return make<
+        UserCachesScanner,
+        LogsScanner,
+        CrashReportsScanner,
         TrashScanner,
+        SavedStateScanner,
+        MailDownloadsScanner,
+        IOSBackupsScanner,
+        IOSUpdatesScanner,
+        OldDownloadsScanner,
+        InstallersScanner,
+        LargeOldFilesScanner,
+        DuplicateScanner,
         SimilarPhotosScanner
     >();
     // clang-format on

@@ -6,14 +6,10 @@
 
 namespace loftmere {
 
-namespace {
-
 std::string_view withoutTrailingSlashes(std::string_view path) {
     while (path.size() > 1 && path.ends_with('/')) path.remove_suffix(1);
     return path;
 }
-
-} // namespace
 
 std::string lastPathComponent(std::string_view path) {
     path = withoutTrailingSlashes(path);

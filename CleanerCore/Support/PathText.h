@@ -7,6 +7,9 @@ namespace loftmere {
 
 // A path is a std::string. These operations work on its text alone and never touch the disk.
 
+// "/a/b" of "/a/b//"; "/" stays. The system follows a link that is named with a slash behind it.
+std::string_view withoutTrailingSlashes(std::string_view path);
+
 // "c.txt" of "/a/b/c.txt"; "/" of "/". Trailing slashes are passed over.
 std::string lastPathComponent(std::string_view path);
 

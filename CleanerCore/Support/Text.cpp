@@ -1,7 +1,12 @@
 #include "CleanerCore/Support/Text.h"
 
+#include <unicode/ubrk.h>
 #include <unicode/uchar.h>
+#include <unicode/utext.h>
 #include <unicode/utf8.h>
+
+#include <algorithm>
+#include <memory>
 
 namespace loftmere {
 
@@ -70,6 +75,21 @@ std::string printable(std::string_view text) {
             shown += raw;
     });
     return shown;
+}
+
+size_t characterCount(std::string_view text) {
+    const auto isAlone = [](unsigned char c) { return c < 0x80 && c != '\r'; };
+    if (std::ranges::all_of(text, isAlone)) return text.size();
+    UErrorCode error = U_ZERO_ERROR;
+    const std::unique_ptr<UText, decltype(&utext_close)> source(
+        utext_openUTF8(nullptr, text.data(), static_cast<int64_t>(text.size()), &error), utext_close);
+    const std::unique_ptr<UBreakIterator, decltype(&ubrk_close)> breaks(
+        ubrk_open(UBRK_CHARACTER, "", nullptr, 0, &error), ubrk_close);
+    if (U_SUCCESS(error)) ubrk_setUText(breaks.get(), source.get(), &error);
+    if (U_FAILURE(error)) return text.size();
+    size_t count = 0;
+    while (ubrk_next(breaks.get()) != UBRK_DONE) ++count;
+    return count;
 }
 
 std::vector<std::string> splitOmittingEmpty(std::string_view text, char separator) {

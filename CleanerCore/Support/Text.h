@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -16,6 +17,9 @@ std::string repairedUTF8(std::string_view bytes);
 // Text from outside made safe to show on one line of a terminal or in a message: invalid UTF-8 repaired,
 // every control, line-breaking and direction-changing character replaced by a visible stand-in.
 std::string printable(std::string_view text);
+
+// The number of characters as a reader counts them: a letter with its accents is one, whatever it is made of.
+size_t characterCount(std::string_view text);
 
 // The pieces between separators, without the empty ones.
 std::vector<std::string> splitOmittingEmpty(std::string_view text, char separator);

@@ -4,7 +4,9 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <spawn.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -15,6 +17,20 @@ namespace loftmere::test {
 
 namespace fs = std::filesystem;
 
+namespace {
+
+// Also what may not be read, and trees deeper than paths may be long.
+void removePatiently(const std::string& path) {
+    const char* script = "chmod -R u+rwX -- \"$0\" 2>/dev/null; rm -rf -- \"$0\"";
+    const char* arguments[] = {"sh", "-c", script, path.c_str(), nullptr};
+    pid_t child = 0;
+    if (::posix_spawn(&child, "/bin/sh", nullptr, nullptr, const_cast<char**>(arguments), environ) != 0)
+        return;
+    ::waitpid(child, nullptr, 0);
+}
+
+} // namespace
+
 TemporaryHome::TemporaryHome() {
     std::string place = (fs::temp_directory_path() / "loftmere-XXXXXX").string();
     if (::mkdtemp(place.data()) == nullptr) std::abort();
@@ -22,8 +38,9 @@ TemporaryHome::TemporaryHome() {
 }
 
 TemporaryHome::~TemporaryHome() {
-    std::error_code ignored;
-    fs::remove_all(path_, ignored);
+    std::error_code error;
+    fs::remove_all(path_, error);
+    if (error) removePatiently(path_);
 }
 
 std::string TemporaryHome::at(std::string_view relative) const {

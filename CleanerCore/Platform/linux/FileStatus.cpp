@@ -1,4 +1,4 @@
-#include "CleanerCore/Platform/FileStatus.h"
+#include "CleanerCore/Platform/posix/StatusAt.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -23,14 +23,7 @@ FileType typeOf(uint32_t mode) {
     }
 }
 
-std::expected<FileStatus, int> statusAt(const std::string& path, int flags) {
-    struct statx raw{};
-    // An embedded NUL would make the system judge another path than the one named.
-    if (path.find('\0') != std::string::npos) return std::unexpected(EINVAL);
-    if (::statx(AT_FDCWD, path.c_str(), flags | AT_NO_AUTOMOUNT, STATX_BASIC_STATS | STATX_BTIME, &raw) !=
-        0) {
-        return std::unexpected(errno);
-    }
+FileStatus statusFrom(const struct statx& raw) {
     FileStatus status;
     status.type = typeOf(raw.stx_mode);
     status.device = makedev(raw.stx_dev_major, raw.stx_dev_minor);
@@ -48,14 +41,21 @@ std::expected<FileStatus, int> statusAt(const std::string& path, int flags) {
     return status;
 }
 
-} // namespace
-
-std::expected<FileStatus, int> linkStatus(const std::string& path) {
-    return statusAt(path, AT_SYMLINK_NOFOLLOW);
+std::expected<FileStatus, int> readStatus(int at, const char* path, int flags) {
+    struct statx raw{};
+    if (::statx(at, path, flags | AT_NO_AUTOMOUNT, STATX_BASIC_STATS | STATX_BTIME, &raw) != 0)
+        return std::unexpected(errno);
+    return statusFrom(raw);
 }
 
-std::expected<FileStatus, int> targetStatus(const std::string& path) {
-    return statusAt(path, 0);
+} // namespace
+
+std::expected<FileStatus, int> statusAt(int folder, const char* name, FinalLink link) {
+    return readStatus(folder, name, link == FinalLink::keep ? AT_SYMLINK_NOFOLLOW : 0);
+}
+
+std::expected<FileStatus, int> descriptorStatus(int fd) {
+    return readStatus(fd, "", AT_EMPTY_PATH);
 }
 
 } // namespace loftmere

@@ -6,11 +6,23 @@
 
 namespace loftmere {
 
+namespace {
+
+int openPatiently(int at, const char* path, int flags) {
+    int fd = -1;
+    do {
+        fd = ::openat(at, path, O_RDONLY | O_CLOEXEC | flags);
+    } while (fd < 0 && errno == EINTR);
+    return fd;
+}
+
+} // namespace
+
 FileDescriptor openQuietly(int at, const char* path, int flags) {
     // Only the owner and root may ask for O_NOATIME; others are told EPERM.
-    FileDescriptor quiet(::openat(at, path, O_RDONLY | O_CLOEXEC | O_NOATIME | flags));
+    FileDescriptor quiet(openPatiently(at, path, O_NOATIME | flags));
     if (quiet || errno != EPERM) return quiet;
-    return FileDescriptor(::openat(at, path, O_RDONLY | O_CLOEXEC | flags));
+    return FileDescriptor(openPatiently(at, path, flags));
 }
 
 } // namespace loftmere

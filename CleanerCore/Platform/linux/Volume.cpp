@@ -43,11 +43,16 @@ std::optional<bool> isRemovable(uint64_t device) {
     return std::nullopt;
 }
 
+// Cut off at an embedded NUL, another path than the one named would be judged.
+bool namesNothing(const std::string& path) {
+    return path.find('\0') != std::string::npos;
+}
+
 } // namespace
 
 VolumeKind volumeKind(const std::string& path) {
     struct statfs raw{};
-    if (::statfs(path.c_str(), &raw) != 0) return {};
+    if (namesNothing(path) || ::statfs(path.c_str(), &raw) != 0) return {};
     VolumeKind kind{.isLocal = !isOnNetwork(raw), .isInternal = std::nullopt};
     const auto status = targetStatus(path);
     if (!status) return kind;
@@ -63,7 +68,7 @@ std::optional<int64_t> importantFreeSpace(const std::string& path) {
 
 std::optional<VolumeSpace> volumeSpace(const std::string& path) {
     struct statvfs raw{};
-    if (::statvfs(path.c_str(), &raw) != 0) return std::nullopt;
+    if (namesNothing(path) || ::statvfs(path.c_str(), &raw) != 0) return std::nullopt;
     const auto block = static_cast<int64_t>(raw.f_frsize);
     return VolumeSpace{.total = static_cast<int64_t>(raw.f_blocks) * block,
                        .free = static_cast<int64_t>(raw.f_bavail) * block};

@@ -1,5 +1,6 @@
-#include "CleanerCore/Platform/FileStatus.h"
+#include "CleanerCore/Platform/posix/StatusAt.h"
 
+#include <fcntl.h>
 #include <sys/attr.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -20,7 +21,7 @@ FileType typeOf(mode_t mode) {
 }
 
 // The date on which the item came into its folder, which only getattrlist tells.
-std::optional<Date> addedDate(const std::string& path, unsigned int options) {
+std::optional<Date> addedDate(int folder, const char* name, FinalLink link) {
     struct __attribute__((packed)) Answer {
         uint32_t length;
         timespec added;
@@ -28,7 +29,8 @@ std::optional<Date> addedDate(const std::string& path, unsigned int options) {
     attrlist wanted{};
     wanted.bitmapcount = ATTR_BIT_MAP_COUNT;
     wanted.commonattr = ATTR_CMN_ADDEDTIME;
-    if (::getattrlist(path.c_str(), &wanted, &answer, sizeof answer, options) != 0) return std::nullopt;
+    const unsigned long options = link == FinalLink::keep ? FSOPT_NOFOLLOW : 0;
+    if (::getattrlistat(folder, name, &wanted, &answer, sizeof answer, options) != 0) return std::nullopt;
     const timespec added = answer.added;
     if (added.tv_sec == 0) return std::nullopt;
     return dateFrom(added);
@@ -47,27 +49,25 @@ FileStatus statusFrom(const struct stat& raw) {
     status.accessed = dateFrom(raw.st_atimespec);
     status.statusChanged = dateFrom(raw.st_ctimespec);
     status.created = dateFrom(raw.st_birthtimespec);
+    status.placeholder = (raw.st_flags & SF_DATALESS) != 0;
     return status;
 }
 
 } // namespace
 
-std::expected<FileStatus, int> linkStatus(const std::string& path) {
+std::expected<FileStatus, int> statusAt(int folder, const char* name, FinalLink link) {
     struct stat raw{};
-    if (path.find('\0') != std::string::npos) return std::unexpected(EINVAL);
-    if (::lstat(path.c_str(), &raw) != 0) return std::unexpected(errno);
+    const int flags = link == FinalLink::keep ? AT_SYMLINK_NOFOLLOW : 0;
+    if (::fstatat(folder, name, &raw, flags) != 0) return std::unexpected(errno);
     FileStatus status = statusFrom(raw);
-    status.addedToFolder = addedDate(path, FSOPT_NOFOLLOW);
+    status.addedToFolder = addedDate(folder, name, link);
     return status;
 }
 
-std::expected<FileStatus, int> targetStatus(const std::string& path) {
+std::expected<FileStatus, int> descriptorStatus(int fd) {
     struct stat raw{};
-    if (path.find('\0') != std::string::npos) return std::unexpected(EINVAL);
-    if (::stat(path.c_str(), &raw) != 0) return std::unexpected(errno);
-    FileStatus status = statusFrom(raw);
-    status.addedToFolder = addedDate(path, 0);
-    return status;
+    if (::fstat(fd, &raw) != 0) return std::unexpected(errno);
+    return statusFrom(raw);
 }
 
 } // namespace loftmere

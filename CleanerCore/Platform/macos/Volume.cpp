@@ -4,9 +4,18 @@
 
 namespace loftmere {
 
+namespace {
+
+// Cut off at an embedded NUL, another path than the one named would be judged.
+bool namesNothing(const std::string& path) {
+    return path.find('\0') != std::string::npos;
+}
+
+} // namespace
+
 VolumeKind volumeKind(const std::string& path) {
     struct statfs raw{};
-    if (::statfs(path.c_str(), &raw) != 0) return {};
+    if (namesNothing(path) || ::statfs(path.c_str(), &raw) != 0) return {};
     VolumeKind kind;
     kind.isLocal = (raw.f_flags & MNT_LOCAL) != 0;
     if ((raw.f_flags & MNT_REMOVABLE) != 0) kind.isInternal = false;
@@ -21,7 +30,7 @@ std::optional<int64_t> importantFreeSpace(const std::string& path) {
 
 std::optional<VolumeSpace> volumeSpace(const std::string& path) {
     struct statfs raw{};
-    if (::statfs(path.c_str(), &raw) != 0) return std::nullopt;
+    if (namesNothing(path) || ::statfs(path.c_str(), &raw) != 0) return std::nullopt;
     const auto block = static_cast<int64_t>(raw.f_bsize);
     return VolumeSpace{.total = static_cast<int64_t>(raw.f_blocks) * block,
                        .free = static_cast<int64_t>(raw.f_bavail) * block};

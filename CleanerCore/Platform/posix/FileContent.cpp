@@ -1,13 +1,11 @@
 #include "CleanerCore/Platform/FileContent.h"
 
+#include "CleanerCore/Platform/posix/Calls.h"
+#include "CleanerCore/Platform/posix/FolderAccess.h"
 #include "CleanerCore/Platform/posix/NoAccessDate.h"
 #include "CleanerCore/Support/PathText.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-
-#include <cerrno>
-#include <cstdio>
+#include <random>
 
 namespace loftmere {
 
@@ -31,7 +29,7 @@ Result<std::string> readAll(int fd, const std::string& path, int64_t expected, i
 
 Status writeAll(int fd, std::string_view content, const std::string& path) {
     while (!content.empty()) {
-        const ssize_t put = ::write(fd, content.data(), content.size());
+        const ssize_t put = calls::write(fd, content.data(), content.size());
         if (put < 0 && errno == EINTR) continue;
         if (put < 0) return failed(Failure::posix(errno, "write", path));
         content.remove_prefix(static_cast<size_t>(put));
@@ -41,27 +39,51 @@ Status writeAll(int fd, std::string_view content, const std::string& path) {
 
 // Makes a rename in the folder survive a loss of power. Some file systems cannot; that is no failure.
 void syncFolder(const std::string& folder) {
-    const FileDescriptor fd(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (fd) ::fsync(fd.get());
+    const FileDescriptor fd(calls::open(AT_FDCWD, folder.c_str(), O_RDONLY | O_DIRECTORY));
+    if (fd) syncDescriptor(fd.get());
+}
+
+// A new file beside `path`, which nobody else has; its name is put into `aside`.
+FileDescriptor openAside(const std::string& path, std::string& aside) {
+    std::random_device random;
+    FileDescriptor fd;
+    do {
+        aside = path + "." + std::to_string(random());
+        fd = FileDescriptor(calls::open(AT_FDCWD, aside.c_str(), O_WRONLY | O_CREAT | O_EXCL, 0600));
+    } while (!fd && errno == EEXIST);
+    return fd;
 }
 
 Status writeAside(int fd, const std::string& aside, const std::string& path, std::string_view content,
                   uint32_t mode) {
     struct stat old{};
     const bool replaces = ::stat(path.c_str(), &old) == 0;
-    ::fchmod(fd, replaces ? (old.st_mode & 07777) : static_cast<mode_t>(mode));
+    calls::changeMode(fd, replaces ? (old.st_mode & 07777) : static_cast<mode_t>(mode));
     if (auto written = writeAll(fd, content, path); !written) return written;
-    if (::fsync(fd) != 0) return failed(Failure::posix(errno, "write", path));
-    if (::rename(aside.c_str(), path.c_str()) != 0) return failed(Failure::posix(errno, "replace", path));
+    if (syncDescriptor(fd) != 0) return failed(Failure::posix(errno, "write", path));
+    if (calls::rename(AT_FDCWD, aside.c_str(), AT_FDCWD, path.c_str()) != 0) {
+        return failed(Failure::posix(errno, "replace", path));
+    }
     syncFolder(parentPath(path));
     return {};
+}
+
+// A folder that is there is as good as a new one, whatever the system says of making it again.
+bool makeOrFindFolder(const std::string& path, uint32_t mode) {
+    if (calls::makeFolder(AT_FDCWD, path.c_str(), static_cast<mode_t>(mode)) == 0) return true;
+    const int error = errno;
+    struct stat status{};
+    if (::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode)) return true;
+    errno = error;
+    return false;
 }
 
 } // namespace
 
 Result<std::string> readFile(const std::string& path, int64_t limit) {
     // O_NONBLOCK keeps the opening of a FIFO from waiting for a writer.
-    const FileDescriptor fd = openQuietly(AT_FDCWD, path.c_str(), O_NONBLOCK);
+    if (!calls::permitted(calls::Call::open)) return failed(Failure::posix(errno, "open", path));
+    const FileDescriptor fd = openQuietly(path, O_NONBLOCK);
     if (!fd) return failed(Failure::posix(errno, "open", path));
     struct stat status{};
     if (::fstat(fd.get(), &status) != 0) return failed(Failure::posix(errno, "read", path));
@@ -71,27 +93,29 @@ Result<std::string> readFile(const std::string& path, int64_t limit) {
 }
 
 Status replaceFile(const std::string& path, std::string_view content, uint32_t mode) {
-    std::string aside = path + ".XXXXXX";
-    const FileDescriptor fd(::mkstemp(aside.data()));
+    std::string aside;
+    const FileDescriptor fd = openAside(path, aside);
     if (!fd) return failed(Failure::posix(errno, "write", path));
-    ::fcntl(fd.get(), F_SETFD, FD_CLOEXEC);
     auto done = writeAside(fd.get(), aside, path, content, mode);
-    if (!done) ::unlink(aside.c_str());
+    if (!done) calls::unlink(AT_FDCWD, aside.c_str(), 0);
     return done;
 }
 
 Status createDirectories(const std::string& path, uint32_t mode) {
-    if (::mkdir(path.c_str(), static_cast<mode_t>(mode)) == 0) return {};
+    if (makeOrFindFolder(path, mode)) return {};
     const int error = errno;
-    struct stat status{};
-    if (error == EEXIST && ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode)) return {};
     const std::string parent = parentPath(path);
     if (error != ENOENT || parent.empty() || parent == path) {
         return failed(Failure::posix(error, "create the folder", path));
     }
     if (auto made = createDirectories(parent, 0755); !made) return made;
-    if (::mkdir(path.c_str(), static_cast<mode_t>(mode)) == 0 || errno == EEXIST) return {};
+    if (makeOrFindFolder(path, mode)) return {};
     return failed(Failure::posix(errno, "create the folder", path));
+}
+
+Status renameExclusively(const std::string& from, const std::string& to) {
+    if (renameExclusivelyAt(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str()) == 0) return {};
+    return failed(Failure::posix(errno, "move", from));
 }
 
 } // namespace loftmere

@@ -1,49 +1,94 @@
 #include "CleanerCore/Platform/TreeWalk.h"
 
-#include "CleanerCore/Platform/Directory.h"
-#include "CleanerCore/Support/PathText.h"
+#include "CleanerCore/Platform/posix/EntryReader.h"
+#include "CleanerCore/Platform/posix/NoAccessDate.h"
+#include "CleanerCore/Platform/posix/PendingFolders.h"
+#include "CleanerCore/Platform/posix/StatusAt.h"
 
-#include <algorithm>
-#include <vector>
+#include <fcntl.h>
+
+#include <utility>
 
 namespace loftmere {
 
 namespace {
 
-// One folder of the way down: its path and what of it is still to be visited, last first.
-struct Level {
-    std::string path;
-    std::vector<DirectoryEntry> remaining;
-};
+using Task = PendingFolders::Task;
+using Folder = PendingFolders::Folder;
+using Visit = std::function<WalkStep(const WalkEntry&)>;
 
-std::optional<Level> listed(const std::string& path) {
-    auto entries = readDirectory(path);
-    if (!entries) return std::nullopt;
-    std::ranges::reverse(*entries);
-    return Level{path, std::move(*entries)};
+std::string withFinalSlash(std::string path) {
+    if (!path.ends_with('/')) path += '/';
+    return path;
 }
+
+class TreeWalk {
+public:
+    TreeWalk(const std::string& root, FileDescriptor folder, const Visit& visit)
+        : path_(withFinalSlash(root)), pending_(std::move(folder), path_.size()), visit_(visit) {}
+
+    void run() {
+        while (!isStopped_ && !pending_.empty()) {
+            auto task = pending_.take();
+            if (!task) continue;
+            look(*task);
+            pending_.finish(*task);
+        }
+    }
+
+private:
+    void look(Task& task) {
+        // All that waits lies beside or above what was visited last, so the path's beginning holds still.
+        path_.resize(task.pathLength);
+        Folder folder = task.folder;
+        if (!task.name.empty()) {
+            FileDescriptor opened = openListedFolder(folder->get(), task.name.c_str());
+            if (!opened) return;
+            folder = std::make_shared<const FileDescriptor>(std::move(opened));
+            path_.append(task.name).push_back('/');
+        }
+        PackedNames subfolders;
+        bool isLeft = false;
+        while (!isLeft && !isStopped_ && reader_.read(folder->get())) {
+            visitEntries(*folder, subfolders);
+            isLeft = reader_.isFull() && pending_.canDefer();
+        }
+        if (isLeft) pending_.addRest(task, folder);
+        if (!subfolders.empty()) pending_.addSubfolders(task, folder, std::move(subfolders));
+    }
+
+    void visitEntries(const FileDescriptor& folder, PackedNames& subfolders) {
+        const size_t begin = path_.size();
+        RawEntry entry;
+        while (!isStopped_ && reader_.next(entry)) {
+            path_.resize(begin);
+            path_ += entry.name;
+            const auto name = std::string_view(path_).substr(begin);
+            const WalkStep step =
+                visit_({.path = path_, .name = name, .type = entry.type, .folder = folder.get()});
+            isStopped_ = step == WalkStep::stop;
+            if (step == WalkStep::proceed && entry.type == FileType::directory) subfolders.add(entry.name);
+        }
+        path_.resize(begin);
+    }
+
+    std::string path_; // of the folder looked into, with a final "/"; during a visit of the entry
+    PendingFolders pending_;
+    EntryReader reader_;
+    const Visit& visit_;
+    bool isStopped_ = false;
+};
 
 } // namespace
 
-bool walkTree(const std::string& root, const std::function<WalkStep(const WalkEntry&)>& visit) {
-    auto top = listed(root);
-    if (!top) return false;
-    std::vector<Level> way;
-    way.push_back(std::move(*top));
-    while (!way.empty()) {
-        Level& level = way.back();
-        if (level.remaining.empty()) {
-            way.pop_back();
-            continue;
-        }
-        const DirectoryEntry entry = std::move(level.remaining.back());
-        level.remaining.pop_back();
-        const std::string path = joinPath(level.path, entry.name);
-        const WalkStep step = visit({path, entry.name, entry.type});
-        if (step == WalkStep::stop) return true;
-        if (step == WalkStep::skipDescendants || entry.type != FileType::directory) continue;
-        if (auto below = listed(path)) way.push_back(std::move(*below));
-    }
+std::expected<FileStatus, int> WalkEntry::status() const {
+    return statusAt(folder, name.data()); // the name is the end of `path` and so ends with it
+}
+
+bool walkTree(const std::string& root, const Visit& visit) {
+    FileDescriptor folder = openQuietly(root, O_DIRECTORY);
+    if (!folder) return false;
+    TreeWalk(root, std::move(folder), visit).run();
     return true;
 }
 

@@ -1,0 +1,71 @@
+#include "CleanerCore/Platform/posix/FolderAccess.h"
+
+#include "CleanerCore/Platform/posix/Calls.h"
+
+#include <linux/openat2.h>
+#include <sys/syscall.h>
+
+#include <climits>
+
+namespace loftmere {
+
+namespace {
+
+constexpr int listingFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+
+bool isOnAnotherDevice(int folder, int parent) {
+    struct stat inner{};
+    struct stat outer{};
+    if (::fstat(folder, &inner) != 0 || ::fstat(parent, &outer) != 0) return true;
+    return inner.st_dev != outer.st_dev;
+}
+
+// For kernels and sandboxes that know no openat2: a volume of another device is told apart, a folder of the
+// same volume bound in a second place is not.
+FileDescriptor openComparingDevices(int at, const char* name) {
+    FileDescriptor folder(::openat(at, name, listingFlags));
+    if (!folder || !isOnAnotherDevice(folder.get(), at)) return folder;
+    folder.reset();
+    errno = EXDEV;
+    return folder;
+}
+
+} // namespace
+
+FileDescriptor openBase(int at, const char* path, Links links) {
+    return FileDescriptor(
+        calls::open(at, path, O_PATH | O_DIRECTORY | (links == Links::refuse ? O_NOFOLLOW : 0)));
+}
+
+FileDescriptor openForRemoval(int at, const char* name) {
+    if (!calls::permitted(calls::Call::open)) return FileDescriptor();
+    open_how how{};
+    how.flags = listingFlags;
+    how.resolve = RESOLVE_NO_XDEV | RESOLVE_NO_SYMLINKS;
+    const long fd = ::syscall(SYS_openat2, at, name, &how, sizeof how);
+    if (fd < 0 && (errno == ENOSYS || errno == EPERM)) return openComparingDevices(at, name);
+    return FileDescriptor(static_cast<int>(fd));
+}
+
+std::string pathOfFolder(int fd) {
+    const std::string link = "/proc/self/fd/" + std::to_string(fd);
+    std::string path(PATH_MAX, '\0');
+    const ssize_t length = ::readlink(link.c_str(), path.data(), path.size());
+    if (length <= 0 || static_cast<size_t>(length) == path.size()) return "";
+    path.resize(static_cast<size_t>(length));
+    return path;
+}
+
+int systemRenameExclusivelyAt(int fromAt, const char* from, int toAt, const char* to) {
+    if (!calls::permitted(calls::Call::rename)) return -1;
+    const int answer = ::renameat2(fromAt, from, toAt, to, RENAME_NOREPLACE);
+    // EINVAL also means that a folder would move into itself; the plain rename then says so again.
+    if (answer != 0 && (errno == EINVAL || errno == ENOSYS)) errno = ENOTSUP;
+    return answer;
+}
+
+int syncDescriptor(int fd) {
+    return calls::permitted(calls::Call::sync) ? ::fsync(fd) : -1;
+}
+
+} // namespace loftmere

@@ -1,0 +1,135 @@
+#include "CleanerCore/Platform/Place.h"
+
+#include "CleanerCore/Platform/posix/Calls.h"
+#include "CleanerCore/Platform/posix/FolderAccess.h"
+#include "CleanerCore/Platform/posix/StatusAt.h"
+#include "CleanerCore/Support/PathText.h"
+
+#include <dirent.h>
+
+#include <climits>
+#include <string_view>
+
+namespace loftmere {
+
+namespace {
+
+// Takes a path of any length in pieces that the system accepts, each relative to the one before.
+FileDescriptor openLongPath(std::string_view path) {
+    constexpr size_t longest = 1000; // below PATH_MAX of every system
+    FileDescriptor folder(AT_FDCWD);
+    while (path.size() > longest) {
+        const size_t cut = path.rfind('/', longest);
+        if (cut == 0 || cut == std::string_view::npos) break;
+        FileDescriptor next = openBase(folder.get(), std::string(path.substr(0, cut)).c_str(), Links::follow);
+        if (!next) return next;
+        folder = std::move(next);
+        path.remove_prefix(std::min(path.find_first_not_of('/', cut), path.size()));
+    }
+    return openBase(folder.get(), path.empty() ? "." : std::string(path).c_str(), Links::follow);
+}
+
+bool sameItem(const struct stat& a, const struct stat& b) {
+    return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
+}
+
+// The name under which `folder` stands in `parent`; empty when it cannot be found there.
+std::string nameWithin(int parent, const struct stat& folder) {
+    const int fd = calls::open(parent, ".", O_RDONLY | O_DIRECTORY);
+    if (fd < 0) return "";
+    const std::unique_ptr<DIR, int (*)(DIR*)> stream(::fdopendir(fd), ::closedir);
+    while (const dirent* entry = ::readdir(stream.get())) { // NOLINT(concurrency-mt-unsafe): our own stream
+        struct stat found{};
+        if (::fstatat(fd, entry->d_name, &found, AT_SYMLINK_NOFOLLOW) != 0 || !sameItem(found, folder))
+            continue;
+        if (isEntryName(entry->d_name)) return entry->d_name;
+    }
+    return "";
+}
+
+// The path that the system tells, when it really leads to the folder: of a folder that was deleted it is
+// invented.
+std::string verifiedPath(int folder, const struct stat& status) {
+    std::string path = pathOfFolder(folder);
+    struct stat reached{};
+    if (path.empty() || ::lstat(path.c_str(), &reached) != 0 || !sameItem(status, reached)) return "";
+    return path;
+}
+
+// Where the system cannot tell so long a path, the way up is read name by name until it can.
+Result<std::string> realPathOf(const FileDescriptor& folder, const std::string& asked) {
+    std::string below;
+    FileDescriptor upper;
+    for (int at = folder.get();; at = upper.get()) {
+        struct stat status{};
+        if (::fstat(at, &status) != 0) return failed(Failure::posix(errno, "open", asked));
+        const std::string path = verifiedPath(at, status);
+        if (!path.empty()) return joinPath(path, below);
+        FileDescriptor next = openBase(at, "..", Links::refuse);
+        const std::string name = next ? nameWithin(next.get(), status) : "";
+        if (name.empty()) return failed(Failure::posix(ENOENT, "open", asked));
+        below = joinPath(name, below);
+        upper = std::move(next);
+    }
+}
+
+} // namespace
+
+bool isEntryName(const std::string& name) {
+    return !name.empty() && name != "." && name != ".." && name.find('/') == std::string::npos &&
+           name.find('\0') == std::string::npos;
+}
+
+Place::Place(std::shared_ptr<const FileDescriptor> folder, std::string name, std::string realPath)
+    : folder_(std::move(folder)), name_(std::move(name)), realPath_(std::move(realPath)) {}
+
+Result<Place> Place::open(const std::string& path) {
+    // The text is cut, not tidied: ".." after a link means what the system says it means.
+    const std::string_view trimmed = withoutTrailingSlashes(path);
+    const size_t slash = trimmed.rfind('/');
+    std::string name(trimmed.substr(slash == std::string_view::npos ? 0 : slash + 1));
+    if (!isEntryName(name) || path.find('\0') != std::string::npos) {
+        return failed(Failure::posix(EINVAL, "open", path));
+    }
+    const std::string_view parent = slash == std::string_view::npos ? "." : trimmed.substr(0, slash + 1);
+    FileDescriptor folder = openLongPath(parent);
+    if (!folder) return failed(Failure::posix(errno, "open", parent));
+    auto real = realPathOf(folder, std::string(parent));
+    if (!real) return failed(std::move(real.error()));
+    std::string realPath = joinPath(*real, name);
+    return Place(std::make_shared<const FileDescriptor>(std::move(folder)), std::move(name),
+                 std::move(realPath));
+}
+
+std::expected<FileStatus, int> Place::status() const {
+    return statusAt(folder(), name_.c_str(), FinalLink::keep);
+}
+
+bool Place::isOnAnotherVolume(const Place& other) const {
+    struct stat mine{};
+    struct stat theirs{};
+    if (::fstat(folder(), &mine) != 0 || ::fstat(other.folder(), &theirs) != 0) return false;
+    return mine.st_dev != theirs.st_dev;
+}
+
+Place Place::beside(const std::string& name) const {
+    return {folder_, name, joinPath(parentPath(realPath_), name)};
+}
+
+Result<Place> Place::below(const std::string& name, Missing missing) const {
+    if (missing == Missing::create && calls::makeFolder(folder(), name_.c_str(), 0755) != 0 &&
+        errno != EEXIST) {
+        return failed(Failure::posix(errno, "create the folder", realPath_));
+    }
+    FileDescriptor inner = openBase(folder(), name_.c_str(), Links::refuse);
+    if (!inner) return failed(Failure::posix(errno, "open", realPath_));
+    return Place(std::make_shared<const FileDescriptor>(std::move(inner)), name, joinPath(realPath_, name));
+}
+
+Status Place::sync() const {
+    const FileDescriptor listing(calls::open(folder(), ".", O_RDONLY | O_DIRECTORY));
+    if (listing && syncDescriptor(listing.get()) == 0) return {};
+    return failed(Failure::posix(errno, "write", parentPath(realPath_)));
+}
+
+} // namespace loftmere

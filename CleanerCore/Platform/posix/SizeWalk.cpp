@@ -1,0 +1,193 @@
+#include "CleanerCore/Platform/SizeWalk.h"
+
+#include "CleanerCore/Platform/posix/EntryReader.h"
+#include "CleanerCore/Platform/posix/NoAccessDate.h"
+#include "CleanerCore/Platform/posix/PendingFolders.h"
+#include "CleanerCore/Support/PathText.h"
+
+#include <fcntl.h>
+
+#include <atomic>
+#include <condition_variable>
+#include <mutex>
+#include <system_error>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace loftmere {
+
+namespace {
+
+using Task = PendingFolders::Task;
+using Folder = PendingFolders::Folder;
+
+constexpr int64_t entriesPerQuestion = 2000;
+
+// A cold disk answers faster when it is asked many things at once, whatever the number of processor cores;
+// the limit is for all walks of the process together.
+constexpr int helperLimit = 8;
+
+// A helper pays for its start when this many folders wait for each one that works.
+constexpr size_t amountPerWorker = 24;
+
+std::atomic<int> helpersAtWork = 0;
+
+bool claimHelper() {
+    if (helpersAtWork.fetch_add(1) < helperLimit) return true;
+    --helpersAtWork;
+    return false;
+}
+
+class SizeWalk {
+public:
+    SizeWalk(FileDescriptor root, const std::function<bool()>& cancel)
+        : pending_(std::move(root)), cancel_(cancel) {}
+
+    int64_t run();
+
+private:
+    // What one thread works with.
+    struct Desk {
+        EntryReader reader;
+        PackedNames subfolders;
+        int64_t total = 0;
+    };
+
+    void work();
+    std::optional<Task> nextTask(std::unique_lock<std::mutex>& lock);
+    void callHelper();
+    Folder look(Task& task, Desk& desk);
+    bool leaveRest(Task& task, const Folder& folder);
+    void measure(const Folder& folder, Desk& desk);
+    void ask();
+
+    std::mutex mutex_; // guards all up to the blank line
+    std::condition_variable changed_;
+    PendingFolders pending_;
+    std::vector<std::thread> helpers_;
+    int busy_ = 0;
+    int idle_ = 0;
+    int64_t total_ = 0;
+
+    std::mutex asking_;
+    const std::function<bool()>& cancel_;
+    std::atomic<int64_t> seen_ = 0;
+    std::atomic<bool> isStopped_ = false;
+};
+
+int64_t SizeWalk::run() {
+    work();
+    // No helper is called once the calling thread has run out of work.
+    for (std::thread& helper : helpers_) helper.join();
+    return total_;
+}
+
+void SizeWalk::work() {
+    Desk desk;
+    std::unique_lock lock(mutex_);
+    while (auto task = nextTask(lock)) {
+        lock.unlock();
+        Folder folder = look(*task, desk);
+        if (desk.subfolders.empty()) folder = task->folder = nullptr; // closed while others may go on
+        lock.lock();
+        if (folder) {
+            pending_.addSubfolders(*task, folder, std::exchange(desk.subfolders, {}));
+            if (pending_.amount() > 1) callHelper();
+        }
+        pending_.finish(*task);
+        --busy_;
+    }
+    total_ += desk.total;
+}
+
+std::optional<Task> SizeWalk::nextTask(std::unique_lock<std::mutex>& lock) {
+    while (!isStopped_) {
+        if (!pending_.empty()) {
+            if (auto task = pending_.take()) {
+                ++busy_;
+                return task;
+            }
+        } else if (busy_ > 0) {
+            ++idle_;
+            changed_.wait(lock);
+            --idle_;
+        } else {
+            break;
+        }
+    }
+    changed_.notify_all(); // the others have nothing to wait for either
+    return std::nullopt;
+}
+
+// Sees to it that what waits is taken up: by a thread that has run out of work, else by a new one.
+void SizeWalk::callHelper() {
+    if (idle_ > 0) {
+        changed_.notify_one();
+        return;
+    }
+    const bool isWorthwhile = pending_.amount() >= amountPerWorker * (helpers_.size() + 1);
+    if (isStopped_ || !isWorthwhile || !claimHelper()) return;
+    try {
+        helpers_.emplace_back([this] {
+            work();
+            --helpersAtWork;
+        });
+    } catch (const std::system_error&) {
+        --helpersAtWork; // no thread can be had: those there are do the work
+    }
+}
+
+// Reads the folder that the task leads to, adds up its files and gathers its subfolders. The answer is the
+// folder, none when it cannot be opened.
+Folder SizeWalk::look(Task& task, Desk& desk) {
+    Folder folder = task.folder;
+    if (!task.name.empty()) {
+        FileDescriptor opened = openListedFolder(task.folder->get(), task.name.c_str());
+        if (!opened) return nullptr;
+        folder = std::make_shared<const FileDescriptor>(std::move(opened));
+    }
+    bool isLeftToOthers = false;
+    while (!isLeftToOthers && !isStopped_ && desk.reader.read(folder->get())) {
+        isLeftToOthers = desk.reader.isFull() && leaveRest(task, folder);
+        measure(folder, desk);
+    }
+    return folder;
+}
+
+// Lets another thread read on in a large folder while this one measures what it has read.
+bool SizeWalk::leaveRest(Task& task, const Folder& folder) {
+    const std::lock_guard lock(mutex_);
+    if (!pending_.canDefer()) return false;
+    pending_.addRest(task, folder);
+    callHelper();
+    return true;
+}
+
+void SizeWalk::measure(const Folder& folder, Desk& desk) {
+    int64_t number = cancel_ ? seen_.fetch_add(desk.reader.count()) : 0;
+    RawEntry entry;
+    while (desk.reader.next(entry)) {
+        if (cancel_ && ++number % entriesPerQuestion == 0) ask();
+        if (isStopped_.load(std::memory_order_relaxed)) return;
+        if (entry.type == FileType::directory)
+            desk.subfolders.add(entry.name);
+        else
+            desk.total += allocatedSize(folder->get(), entry);
+    }
+}
+
+void SizeWalk::ask() {
+    const std::lock_guard lock(asking_);
+    if (!isStopped_ && cancel_()) isStopped_ = true;
+}
+
+} // namespace
+
+int64_t allocatedBelow(const std::string& folder, const std::function<bool()>& cancel) {
+    // With a slash behind it, a link would be followed.
+    FileDescriptor root = openQuietly(std::string(withoutTrailingSlashes(folder)), O_DIRECTORY | O_NOFOLLOW);
+    return root ? SizeWalk(std::move(root), cancel).run() : 0;
+}
+
+} // namespace loftmere

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "CleanerCore/Process/Shell.h"
+#include "CleanerCore/Removal/AdminPrompt.h"
+#include "CleanerCore/Removal/PrivilegedSession.h"
+
+#include <string>
+#include <vector>
+
+// What is done as root. Both block, for a password prompt perhaps: never on the main thread.
+namespace loftmere::AdminRunner {
+
+// Removes paths in one request to the session, after the system daemons among them were unloaded, and with
+// one prompt at most for all when a session can be had. An empty list succeeds without a prompt. Status 0
+// when all are gone; whoever needs to know which ones are looks at the disk.
+Shell::Result remove(const std::vector<std::string>& paths,
+                     PrivilegedSession& session = PrivilegedSession::shared());
+
+// One shell command line with a prompt of its own, "Ostrel Loftmere: {purpose}", and a limit of 300 seconds.
+Shell::Result oneShot(const std::string& command, const std::string& purpose,
+                      const AdminPrompt& prompt = runAsAdministrator);
+
+} // namespace loftmere::AdminRunner

@@ -1,0 +1,32 @@
+#include "LoftmereApp/Model/AppModel.h"
+#include "LoftmereApp/Model/JunkCategories.h"
+
+#include <algorithm>
+
+namespace loftmere {
+
+void AppModel::open(SidebarItem item) {
+    section = item;
+    postWhileAlive([this, item] { load(item); });
+}
+
+void AppModel::load(SidebarItem item) {
+    switch (item) {
+    case SidebarItem::systemJunk:
+    case SidebarItem::developer:
+    case SidebarItem::personal:
+    case SidebarItem::clutter:
+    case SidebarItem::cloud: scanIfNew(item); break;
+    case SidebarItem::insights: refreshBasics(); break;
+    default: break; // nothing to load
+    }
+}
+
+void AppModel::scanIfNew(SidebarItem item) {
+    const auto categories = traits(item).categories;
+    const auto hasResult = [&](CleanCategory category) { return results->contains(category); };
+    if (std::ranges::any_of(categories, hasResult)) return;
+    scan({categories.begin(), categories.end()}, std::ranges::all_of(categories, isJunk));
+}
+
+} // namespace loftmere

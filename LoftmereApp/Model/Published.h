@@ -1,0 +1,84 @@
+#pragma once
+
+#include "LoftmereApp/Model/MainThread.h"
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <utility>
+
+namespace loftmere {
+
+// Keeps an observer registered for as long as it lives. It may outlive what it observes.
+class Observation {
+public:
+    Observation() = default;
+
+private:
+    friend class Observers;
+    explicit Observation(std::shared_ptr<void> registration) : registration_(std::move(registration)) {}
+    std::shared_ptr<void> registration_;
+};
+
+// Those who want to be told of a field's changes.
+class Observers {
+public:
+    explicit Observers(const MainThread& main) : main_(&main) {}
+    Observers(const Observers&) = delete;
+    Observers& operator=(const Observers&) = delete;
+
+    [[nodiscard]] Observation add(std::function<void()> observer);
+    void tell() const;
+
+    // Stops a debug build when the caller is on any other thread.
+    void checkThread() const;
+
+private:
+    using List = std::map<int, std::function<void()>>;
+
+    const MainThread* main_;
+    std::shared_ptr<List> list_ = std::make_shared<List>();
+    int next_ = 0;
+};
+
+// A field of the model: every assignment tells the observers, before the new value is visible. Reading and
+// writing belong to the main thread alone.
+template <class T> class Published {
+public:
+    // `stored` is called with each new value once it stands; not with the first one.
+    explicit Published(const MainThread& main, T value = {}, std::function<void(const T&)> stored = nullptr)
+        : observers_(main), value_(std::move(value)), stored_(std::move(stored)) {}
+
+    const T& get() const {
+        observers_.checkThread();
+        return value_;
+    }
+    operator const T&() const { return get(); }
+    const T& operator*() const { return get(); }
+    const T* operator->() const { return &get(); }
+
+    Published& operator=(T value) {
+        update([&](T& current) { current = std::move(value); });
+        return *this;
+    }
+
+    // Changes the value in place by `change`, which takes a T&. Counts as one assignment.
+    template <class Change> void update(Change change) {
+        observers_.checkThread();
+        observers_.tell();
+        change(value_);
+        if (stored_) stored_(value_);
+    }
+
+    // `observer` is called on the main thread when the value is about to change.
+    [[nodiscard]] Observation observe(std::function<void()> observer) {
+        return observers_.add(std::move(observer));
+    }
+
+private:
+    Observers observers_;
+    T value_;
+    std::function<void(const T&)> stored_;
+};
+
+} // namespace loftmere

@@ -1,0 +1,117 @@
+#include "terminal/Console.h"
+
+#include "CleanerCore/Support/Text.h"
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+
+namespace loftmere {
+
+namespace {
+
+constexpr Glyphs unicodeGlyphs{"✓", "…", "·", "█", "░", {"⠋", "⠹", "⠼", "⠧"}};
+constexpr Glyphs asciiGlyphs{"x", "...", "-", "#", ".", {"|", "/", "-", "\\"}};
+constexpr size_t bufferSize = 64 * 1024;
+
+std::string_view environment(const char* name) {
+    // Read once, before any other thread is there.
+    const char* value = std::getenv(name); // NOLINT(concurrency-mt-unsafe)
+    return value ? value : "";
+}
+
+bool localeIsUTF8() {
+    for (const char* name : {"LC_ALL", "LC_CTYPE", "LANG"}) {
+        const std::string value = asciiLowercased(environment(name));
+        if (!value.empty()) return value.contains("utf-8") || value.contains("utf8");
+    }
+    return false;
+}
+
+int terminalWidth() {
+    winsize size{};
+    if (::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) return size.ws_col;
+    const int columns = std::atoi(std::string(environment("COLUMNS")).c_str());
+    return columns > 0 ? columns : 80;
+}
+
+const char* escapeOf(Ink ink) {
+    switch (ink) {
+    case Ink::plain: return "";
+    case Ink::bold: return "\x1B[1m";
+    case Ink::dim: return "\x1B[2m";
+    case Ink::green: return "\x1B[32m";
+    case Ink::yellow: return "\x1B[33m";
+    case Ink::red: return "\x1B[31m";
+    }
+    return "";
+}
+
+} // namespace
+
+int writeAll(int descriptor, std::string_view text) {
+    while (!text.empty()) {
+        const ssize_t written = ::write(descriptor, text.data(), text.size());
+        if (written < 0 && errno != EINTR) return errno;
+        if (written > 0) text.remove_prefix(static_cast<size_t>(written));
+    }
+    return 0;
+}
+
+Console::Console() {
+    const bool capable = environment("TERM") != "dumb" && !environment("TERM").empty();
+    const bool outIsTerminal = ::isatty(STDOUT_FILENO) == 1;
+    const bool errorIsTerminal = ::isatty(STDERR_FILENO) == 1;
+    if (outIsTerminal) width_ = terminalWidth();
+    colour_ = outIsTerminal && capable && environment("NO_COLOR").empty();
+    live_ = errorIsTerminal && capable;
+    canAsk_ = errorIsTerminal && ::isatty(STDIN_FILENO) == 1;
+    glyphs_ = localeIsUTF8() ? &unicodeGlyphs : &asciiGlyphs;
+}
+
+std::string Console::paint(Ink ink, std::string_view text) const {
+    if (!colour_ || ink == Ink::plain || text.empty()) return std::string(text);
+    return escapeOf(ink) + std::string(text) + "\x1B[0m";
+}
+
+void Console::print(std::string_view text) {
+    pending_ += text;
+    if (pending_.size() >= bufferSize) flush();
+}
+
+void Console::printLine(std::string_view text) {
+    print(text);
+    print("\n");
+}
+
+bool Console::flush() {
+    if (!readerGone_ && !failed_) {
+        const int error = writeAll(STDOUT_FILENO, pending_);
+        readerGone_ = error == EPIPE;
+        failed_ = error != 0 && error != EPIPE;
+    }
+    pending_.clear();
+    return !failed_;
+}
+
+void Console::say(std::string_view message) {
+    flush();
+    writeAll(STDERR_FILENO, "loftmere: " + std::string(message) + "\n");
+}
+
+std::string Console::ask(std::string_view question) {
+    flush();
+    writeAll(STDERR_FILENO, question);
+    std::string answer;
+    char c = 0;
+    while (true) {
+        const ssize_t got = ::read(STDIN_FILENO, &c, 1);
+        if (got < 0 && errno == EINTR) continue;
+        if (got <= 0 || c == '\n') return answer;
+        answer += c;
+    }
+}
+
+} // namespace loftmere

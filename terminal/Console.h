@@ -1,0 +1,67 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace loftmere {
+
+// How a piece of text is drawn where colour is wanted.
+enum class Ink { plain, bold, dim, green, yellow, red };
+
+// The signs that the output is made of; plain ASCII where the locale is not UTF-8.
+struct Glyphs {
+    const char* tick;
+    const char* ellipsis;
+    const char* dot;
+    const char* barDone;
+    const char* barLeft;
+    const char* spinner[4];
+};
+
+// Where the program writes to: data goes to standard output, all else to standard error.
+class Console {
+public:
+    // Looks at the terminal, NO_COLOR, TERM, COLUMNS and the locale.
+    Console();
+    Console(const Console&) = delete;
+    Console& operator=(const Console&) = delete;
+
+    // The columns of the terminal on standard output; 0 when it is none, so that nothing is cut there.
+    int width() const { return width_; }
+    const Glyphs& glyphs() const { return *glyphs_; }
+
+    // A person is there to look at live output, and to answer a question.
+    bool isLive() const { return live_; }
+    bool canAsk() const { return canAsk_; }
+
+    // `text` drawn in the ink, or as it is where colour is not wanted.
+    std::string paint(Ink ink, std::string_view text) const;
+
+    // Adds to standard output. A reader that has gone away is no failure; the rest is dropped.
+    void print(std::string_view text);
+    void printLine(std::string_view text = {});
+
+    // Sends what was printed so far. False when it could not be written.
+    bool flush();
+
+    // One line on standard error, after the program's name.
+    void say(std::string_view message);
+
+    // Puts a question to a person and reads one line as the answer; empty at the end of input.
+    std::string ask(std::string_view question);
+
+private:
+    int width_ = 0;
+    bool colour_ = false;
+    bool live_ = false;
+    bool canAsk_ = false;
+    const Glyphs* glyphs_;
+    std::string pending_;
+    bool readerGone_ = false;
+    bool failed_ = false;
+};
+
+// Writes all of it to a descriptor. 0, or the errno value of what went wrong.
+int writeAll(int descriptor, std::string_view text);
+
+} // namespace loftmere

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "CleanerCore/Support/Json.h"
+#include "terminal/Session.h"
+
+#include <vector>
+
+namespace loftmere {
+
+// What the model holds of the categories after a scan: findings, ticks, totals and what went wrong.
+
+// For people. Without `full`, a terminal sees only the largest findings of each category.
+void printScan(Session& session, const std::vector<CleanCategory>& categories, bool full);
+
+// {"results": [{"category", "items", "error"?, "totalSize"}...], "selected": [id...]}, in the order of the
+// engine.
+Json scanDocument(const AppModel& model, const std::vector<CleanCategory>& categories);
+
+} // namespace loftmere

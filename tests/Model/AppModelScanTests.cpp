@@ -1,0 +1,262 @@
+#include "CleanerCore/Files/ConfigStore.h"
+#include "LoftmereApp/Model/AppModel.h"
+#include "tests/Support/ManualLoop.h"
+#include "tests/Support/ScriptedScanner.h"
+#include "tests/Support/TemporaryHome.h"
+
+#include <gmock/gmock.h>
+
+#include <atomic>
+#include <future>
+
+using namespace loftmere;
+using namespace loftmere::test;
+using enum CleanCategory;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::UnorderedElementsAre;
+
+namespace {
+
+ScanItem finding(std::string path, CleanCategory category, Risk risk = Risk::safe) {
+    return ScanItem::make({.target = PathTarget{std::move(path)},
+                           .size = 10,
+                           .category = category,
+                           .risk = risk,
+                           .reason = "r"});
+}
+
+// A scanner that finds one item of each risk below the home, named after its category.
+auto oneOfEach(CleanCategory category) {
+    return [category](const ScanContext& context) -> Result<std::vector<ScanItem>> {
+        const std::string base = context.lib(std::string("Caches/") + rawValue(category));
+        context.report(category, base);
+        return std::vector{finding(base + ".safe", category),
+                           finding(base + ".review", category, Risk::review),
+                           finding(base + ".caution", category, Risk::caution)};
+    };
+}
+
+class ModelTest : public testing::Test {
+protected:
+    std::unique_ptr<AppModel> makeModel(ScannerScript script = {}) {
+        return std::make_unique<AppModel>(main.loop, home.paths(), scripted(std::move(script)));
+    }
+    void finish(const Task<>& task) {
+        main.runUntil([&] { return task.isDone(); });
+    }
+    std::string found(const char* name) { return home.at(std::string("Library/Caches/") + name); }
+
+    TemporaryHome home;
+    ManualLoop main;
+};
+
+} // namespace
+
+TEST_F(ModelTest, FirstLaunchShowsDefaultsAndScansNothing) {
+    const auto model = makeModel();
+    main.loop->runReady();
+    EXPECT_TRUE(*model->showOnboarding);
+    EXPECT_EQ(*model->config, AppConfig{});
+    EXPECT_EQ(*model->section, SidebarItem::smartCare);
+    EXPECT_EQ(*model->toast, std::nullopt);
+    EXPECT_TRUE(model->space->has_value());
+    EXPECT_THAT(*model->results, IsEmpty());
+    EXPECT_THAT(model->busyLabels(), IsEmpty());
+}
+
+TEST_F(ModelTest, EveryAssignmentOfTheSettingsSavesThem) {
+    const auto model = makeModel();
+    model->config.update([](AppConfig& config) { config.hasCompletedOnboarding = true; });
+    EXPECT_TRUE(ConfigStore(home.paths()).load().hasCompletedOnboarding);
+    model->config = AppConfig{.logAgeDays = 9};
+    EXPECT_EQ(ConfigStore(home.paths()).load().logAgeDays, 9);
+    EXPECT_EQ(makeModel()->config->logAgeDays, 9);
+}
+
+TEST_F(ModelTest, ScanTicksOnlySafeItemsOfCategoriesSelectedByDefault) {
+    const auto model = makeModel({{logs, oneOfEach(logs)}, {oldDownloads, oneOfEach(oldDownloads)}});
+    const std::string kept = "/elsewhere";
+    model->selected = {kept, found("oldDownloads.review")};
+    finish(model->scan({logs, oldDownloads, appBundle}, true));
+    EXPECT_THAT(*model->selected,
+                UnorderedElementsAre(kept, found("oldDownloads.review"), found("logs.safe")));
+    EXPECT_EQ(model->items({oldDownloads, appBundle, logs}).size(), 6U);
+    EXPECT_EQ(model->items({logs}).front().category, logs);
+    EXPECT_FALSE(model->results->contains(appBundle));
+
+    // A rescan drops the ticks of the categories it covers, also of what is found again.
+    finish(model->scan({logs}, false));
+    EXPECT_THAT(*model->selected, UnorderedElementsAre(kept, found("oldDownloads.review")));
+}
+
+TEST_F(ModelTest, FailedScannerCostsOnlyItsCategory) {
+    const auto model =
+        makeModel({{logs, oneOfEach(logs)}, {docker, [](const ScanContext&) -> Result<std::vector<ScanItem>> {
+                                                 return failed(Failure::saying("Docker is not running"));
+                                             }}});
+    finish(model->scan({logs, docker}, true));
+    EXPECT_EQ(model->results->at(docker).error, "Docker is not running");
+    EXPECT_EQ(model->results->at(logs).items.size(), 3U);
+}
+
+TEST_F(ModelTest, DisjointScansOverlapAndAnOverlappingOneIsRefused) {
+    // Each of the two waits for the other to have begun, so they end only if they run side by side.
+    std::promise<void> logsBegan;
+    std::promise<void> trashBegan;
+    const auto meet = [](std::promise<void>& mine, std::promise<void>& other) {
+        return [&](const ScanContext&) -> Result<std::vector<ScanItem>> {
+            mine.set_value();
+            other.get_future().wait();
+            return std::vector<ScanItem>{};
+        };
+    };
+    std::atomic<int> developerScans = 0;
+    const auto model = makeModel({{logs, meet(logsBegan, trashBegan)},
+                                  {trash, meet(trashBegan, logsBegan)},
+                                  {docker, [&](const ScanContext&) -> Result<std::vector<ScanItem>> {
+                                       ++developerScans;
+                                       return std::vector<ScanItem>{};
+                                   }}});
+    const Task<> first = model->scan({logs}, true);
+    EXPECT_THAT(model->busyLabels(), ElementsAre("Scanning Logs"));
+    const Task<> refused = model->scan({docker, logs}, true);
+    EXPECT_TRUE(refused.isDone());
+    EXPECT_THAT(*model->scanningCategories, ElementsAre(logs));
+    const Task<> second = model->scan({trash, mailDownloads}, true);
+    EXPECT_THAT(model->busyLabels(), ElementsAre("Scanning 2 categories", "Scanning Logs"));
+    EXPECT_TRUE(model->running("scan:mailDownloads,trash"));
+    EXPECT_TRUE(model->runningAny("scan:"));
+    EXPECT_FALSE(model->runningAny("clean"));
+    main.runUntil([&] { return first.isDone() && second.isDone(); });
+    EXPECT_EQ(developerScans, 0);
+    EXPECT_THAT(*model->ops, IsEmpty());
+    EXPECT_THAT(*model->scanningCategories, IsEmpty());
+}
+
+TEST_F(ModelTest, FieldsChangeOnTheMainThreadOnlyAndObserversAreToldBefore) {
+    ScannerScript script;
+    for (const CategoryTraits& row : allCategories()) script[row.category] = oneOfEach(row.category);
+    const auto model = makeModel(std::move(script));
+    const auto mainThread = std::this_thread::get_id();
+    int told = 0;
+    std::set<std::string> statuses;
+    std::vector<Observation> observations;
+    const auto watch = [&](auto& field) {
+        observations.push_back(field.observe([&] {
+            EXPECT_EQ(std::this_thread::get_id(), mainThread);
+            (void)field.get(); // reading elsewhere than on the main thread stops the program
+            ++told;
+        }));
+    };
+    watch(model->results), watch(model->selected), watch(model->scanningCategories), watch(model->ops);
+    watch(model->scanStatus), watch(model->scanStatusCategory), watch(model->space), watch(model->toast);
+    observations.push_back(model->scanStatus.observe([&] { statuses.insert(*model->scanStatus); }));
+
+    std::vector<CleanCategory> all;
+    for (const CategoryTraits& row : allCategories()) all.push_back(row.category);
+    finish(model->scan(all, true));
+    model->flash("Done");
+    EXPECT_GT(told, 20);
+    // The last observation, at the end of the scan, still saw a status.
+    EXPECT_TRUE(std::ranges::any_of(statuses, [](const auto& text) { return text.contains("Caches"); }));
+    EXPECT_EQ(*model->scanStatus, "");
+    EXPECT_EQ(*model->scanStatusCategory, std::nullopt);
+
+    observations.clear();
+    const int before = told;
+    model->flash("Unwatched");
+    EXPECT_EQ(told, before);
+}
+
+#ifndef NDEBUG
+TEST_F(ModelTest, FieldUsedOffTheMainThreadStopsADebugBuild) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_DEATH(
+        {
+            const auto model = makeModel();
+            std::thread([&] { model->toast = "late"; }).join();
+        },
+        "off the main thread");
+}
+#endif
+
+TEST_F(ModelTest, BackgroundWorkThatOutlivesTheModelWritesNothing) {
+    std::promise<void> go;
+    std::promise<void> ended;
+    auto model = makeModel({{logs, [&](const ScanContext& context) -> Result<std::vector<ScanItem>> {
+                                 go.get_future().wait();
+                                 context.report(logs, "late");
+                                 ended.set_value();
+                                 return std::vector<ScanItem>{};
+                             }}});
+    bool resumed = false;
+    const auto waiting = [](AppModel& of, bool& reached) -> Task<> {
+        co_await of.scan({logs}, true);
+        reached = true;
+    }(*model, resumed);
+    model->flash("Bye");
+    model.reset();
+    go.set_value();
+    ended.get_future().wait();
+    bool flushed = false;
+    main.runUntil([&] {
+        // The thread posts its end a moment after the scanner's; the sanitizers see a write to the dead
+        // model.
+        main.loop->post([&] { flushed = true; });
+        main.advance(4);
+        return flushed;
+    });
+    EXPECT_FALSE(waiting.isDone());
+    EXPECT_FALSE(resumed);
+}
+
+TEST_F(ModelTest, FlashEndsAfterItsTimeUnlessANewerOneStands) {
+    const auto model = makeModel();
+    model->flash("one");
+    main.advance(2);
+    model->flash("two");
+    main.advance(2);
+    EXPECT_EQ(*model->toast, "two"); // the first timer has run out
+    main.advance(1);
+    model->flash("two");
+    main.advance(0.4);
+    EXPECT_EQ(*model->toast, "two");
+    main.advance(0.1);
+    EXPECT_EQ(*model->toast, std::nullopt); // equal messages share the first one's timer
+}
+
+TEST_F(ModelTest, OpenScansASectionOnceAndTicksJunkOnly) {
+    ScannerScript script;
+    for (const auto category : {userCaches, logs, trash, oldDownloads, docker})
+        script[category] = oneOfEach(category);
+    const auto model = makeModel(std::move(script));
+    finish(model->scan({logs}, false));
+    model->open(SidebarItem::systemJunk);
+    EXPECT_EQ(*model->section, SidebarItem::systemJunk);
+    main.loop->runReady();
+    EXPECT_THAT(*model->ops, IsEmpty()); // one category had a result
+
+    for (const auto& [item, category] :
+         {std::pair(SidebarItem::personal, oldDownloads), std::pair(SidebarItem::developer, docker)}) {
+        model->open(item);
+        EXPECT_THAT(*model->ops, IsEmpty()); // not before the caller has returned
+        main.runUntil([&] { return model->results->contains(category) && model->ops->empty(); });
+    }
+    EXPECT_THAT(*model->selected, ElementsAre(found("docker.safe")));
+    EXPECT_EQ(model->items({oldDownloads}).size(), 3U);
+}
+
+TEST(SidebarItem, EveryScreenStandsOnceInTheSidebarAndNoCategoryInTwo) {
+    std::set<SidebarItem> shown;
+    for (const SidebarSection& section : sidebarSections()) {
+        for (const SidebarItem item : section.items) EXPECT_TRUE(shown.insert(item).second);
+    }
+    EXPECT_EQ(shown.size(), allSidebarItems().size());
+    std::set<CleanCategory> scanned;
+    for (const SidebarTraits& row : allSidebarItems()) {
+        EXPECT_EQ(&traits(row.item), &row);
+        for (const CleanCategory category : row.categories) EXPECT_TRUE(scanned.insert(category).second);
+    }
+    EXPECT_EQ(scanned.size(), 19U);
+}

@@ -1,0 +1,250 @@
+#include "CleanerCore/Removal/ProtectedLocations.h"
+#include "CleanerCore/Removal/SafetyPolicy.h"
+#include "CleanerCore/Support/Concurrent.h"
+#include "CleanerCore/Support/PathText.h"
+#include "tests/Removal/PathSpellings.h"
+#include "tests/Support/TemporaryHome.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <atomic>
+#include <set>
+#include <thread>
+
+using namespace loftmere;
+
+namespace {
+
+using Blocked = SafetyPolicy::Blocked;
+
+// The verdict in one word, or the reason.
+std::string told(const SafetyPolicy::Verdict& verdict) {
+    if (const auto* blocked = std::get_if<SafetyPolicy::Blocked>(&verdict)) return blocked->reason;
+    if (const auto* synced = std::get_if<SafetyPolicy::SyncedCloud>(&verdict))
+        return "in " + synced->provider;
+    return std::holds_alternative<SafetyPolicy::Allowed>(verdict) ? "allowed" : "needs admin";
+}
+
+constexpr const char* top = "Top-level folder";
+constexpr const char* personal = "Protected personal data";
+constexpr const char* photos = "Photos library";
+constexpr const char* leadsOut = "Symlinked folder leads outside your home folder";
+constexpr const char* systemPlace = "System location";
+constexpr const char* outside = "Outside allowed locations";
+
+} // namespace
+
+TEST(SafetyPolicy, Verdicts) {
+    const test::TemporaryHome home;
+    home.folder("Documents");
+    home.folder("stuff/deep");
+    home.folder(".ssh");
+    home.link("link", "/Volumes/Backup");
+    home.link("toEtc", "/etc");
+    home.link("toStuff", home.at("stuff/deep"));
+    home.link("toKeys", ".ssh");
+    home.link("toHome", home.path());
+    home.link("toDrive", home.folder("Library/CloudStorage/Dropbox"));
+    home.link("loop", "loop2");
+    home.link("loop2", "loop");
+    home.folder("real/keys");
+    home.link(".gnupg", home.at("real/keys"));
+    const SafetyPolicy policy(home.paths(), {"~/Work/a", "~/Caf\xC3\xA9/", home.at("x/../y"), "Relative"});
+    const std::string rule = "Protected by your rules (" + home.at("Work/a") + ")";
+    const std::string cafe = "Protected by your rules (" + home.at("Caf\xC3\xA9") + ")";
+
+    const std::vector<std::pair<std::string, std::string>> cases{
+        {"", "Not an absolute path"},
+        {"Documents/x", "Not an absolute path"},
+        {"../x", "Not an absolute path"},
+        {std::string("~/Library\0/x", 12), "Not an absolute path"},
+        {"/", top},
+        {"~", top},
+        {"~/Library/Caches", top},
+        {"~/Library/Caches/com.example.app", "allowed"},
+        {"~/Downloads/", top},
+        {"~/Library/Application Support", top},
+        {"~/.config", personal},
+        {"~/.config/other", "allowed"},
+        {"~/Library/Application Support/MobileSync/Backup", personal},
+        {"~/Library/Application Support/MobileSync/Backup/ABC123", "allowed"},
+        {"~/Library/Cookies", personal},
+        {"~/Library/Cookies/other", "allowed"},
+        {"~/.docker", personal},
+        {"~/.docker/cache", "allowed"},
+        {"~/Work/a", rule},
+        {"~/Work/a/b", rule},
+        {"~/Work", rule},
+        {"~/Workshop", "allowed"},
+        {"~/Work/ab", "allowed"},
+        {"~/y/z", "Protected by your rules (" + home.at("y") + ")"},
+        {"~/Cafe\xCC\x81/menu", cafe},
+        {"~/Cafe/menu", "allowed"},
+        {"~/caf\xC3\xA9", "allowed"}, // another folder where case counts
+        {"~/library/keychains/x", "allowed"},
+        {"~/Relative", "allowed"},
+        {"~/Pictures/Photos Library.photoslibrary/database", photos},
+        {"/Applications/x.photoslibrary", photos},
+        {"~/link/file", leadsOut},
+        {"~/link", "allowed"},
+        {"~/link/", "allowed"},
+        {"~/toStuff/x", "allowed"},
+        {"~/toStuff/../../Library", top}, // up from where the link leads
+        {"~/toEtc/../tmp", top},          // not the home's own "tmp"
+        {"~/missing/../Library", top},
+        {"~/loop/x", "allowed"}, // nothing can be there
+        {"~/toKeys/id_rsa", personal},
+        {"~/toHome/.ssh/id_rsa", personal},
+        {"~/toHome/Documents", top},
+        {"~/toHome/Documents/x", "allowed"},
+        {"~/real/keys/secret", personal}, // where a protected link leads
+        {"~/real", personal},
+        {"~/Library/CloudStorage", top},
+        {"~/Library/CloudStorage/GoogleDrive-me/x", "in GoogleDrive"},
+        {"~/Library/Mobile Documents/a", "in iCloud Drive"},
+        {"~/Library/Mobile Documentsx/a", "allowed"},
+        {"~/toDrive/x", "in Dropbox"},
+        {"/Volumes/Backup/x", systemPlace},
+        {"/opt/homebrew/bin/tool", systemPlace},
+        {"/opt/homebrew/Cellar/x", outside},
+        {"/Users/Shared/x", outside},
+        {"/Library", top},
+        {"/Library/Caches", outside},
+        {"/Library/Caches/com.example", "needs admin"},
+        {"/Library/Logs/x", "needs admin"},
+        {"/Library/Logs/../Keychains/x", systemPlace},
+        {"/Applications/Missing.app", "needs admin"},
+    };
+    SafetyPolicy::Batch batch(policy);
+    for (const auto& [path, expected] : cases) {
+        EXPECT_EQ(told(policy.check(path)), expected) << path;
+        EXPECT_EQ(told(batch.check(path)), expected) << path;
+    }
+    EXPECT_EQ(SafetyPolicy::normalize("~x", "/h"), "/hx");
+    EXPECT_EQ(SafetyPolicy::normalize("~~", "/h"), "/h~");
+    EXPECT_EQ(SafetyPolicy::normalize("//a/.//b/..//", "/h"), "/a");
+    EXPECT_FALSE(SafetyPolicy::safeForAutomation(SafetyPolicy::SyncedCloud{"x"}));
+    EXPECT_TRUE(SafetyPolicy::safeForAutomation(SafetyPolicy::NeedsAdmin{}));
+}
+
+TEST(SafetyPolicy, HomeReachedThroughALinkAndHomeThatIsTheRoot) {
+    const test::TemporaryHome real;
+    const test::TemporaryHome beside;
+    real.link("sub", real.folder("deep"));
+    const std::string home = beside.link("home", real.path());
+    const SafetyPolicy policy(Paths(home), {});
+    EXPECT_EQ(told(policy.check(home + "/x/y")), "allowed");
+    EXPECT_EQ(told(policy.check(home + "/sub/y")), "allowed");
+    EXPECT_EQ(told(policy.check(home + "/Library")), top);
+    EXPECT_EQ(told(policy.check(real.at(".ssh/x"))), outside);
+    EXPECT_EQ(told(SafetyPolicy(Paths("/"), {}).check("/srv/data/x")), outside);
+}
+
+// The veto must hold however a protected place is written.
+class EverySpelling : public testing::Test {
+protected:
+    EverySpelling() {
+        for (const std::string_view name : ProtectedLocations::homeContainers)
+            add(joinPath(home_.path(), name));
+        for (const std::string_view name : ProtectedLocations::homeBlocked) add(joinPath(home_.path(), name));
+        for (const std::string_view path : ProtectedLocations::systemContainers) roots_.emplace(path);
+        for (const std::string_view path : ProtectedLocations::systemBlocked) roots_.emplace(path);
+        add(rule_);
+        home_.link("stuff/up", home_.path());
+        home_.link("stuff/lib", "../Library");
+        home_.link("stuff/around", "up/stuff/lib/../stuff/around2");
+        home_.link("stuff/around2", "../stuff/up");
+    }
+
+    void add(const std::string& root) {
+        home_.folder(root);
+        roots_.insert(root);
+    }
+
+    test::PathSpellings spellings() const {
+        const std::string& h = home_.path();
+        return test::PathSpellings({{h, h},
+                                    {"~", h},
+                                    {"~/stuff/..", h},
+                                    {"~/missing/..", h},
+                                    {h + "/../" + lastPathComponent(h), h},
+                                    {h + "/stuff/up", h},
+                                    {"~/stuff/around", h},
+                                    {h + "/stuff/lib/..", h},
+                                    {"~/stuff/lib", h + "/Library"},
+                                    {"~/stuff/up/stuff/around/Library/Caches/..", h + "/Library"},
+                                    {h + "/Caf\xC3\xA9", h + "/Cafe\xCC\x81"},
+                                    {"~/Documents/../Caf\xC3\xA9", h + "/Cafe\xCC\x81"}});
+    }
+
+    // How many spellings of protected roots a judge lets through.
+    int64_t letThrough(int ofEach, const std::function<bool(const std::string&)>& allows) {
+        const std::vector<std::string> roots(roots_.begin(), roots_.end());
+        std::atomic<int64_t> count = 0;
+        concurrentPerform(roots.size(), [&](size_t r) {
+            auto spelling = spellings();
+            for (int i = 0; i < ofEach; ++i) {
+                const std::string path = spelling.next(roots[r]);
+                if (allows(path) && ++count == 1) firstThrough_ = path;
+            }
+        });
+        return count;
+    }
+
+    test::TemporaryHome home_;
+    std::string rule_ = home_.at("Cafe\xCC\x81/p");
+    std::set<std::string> roots_;
+    std::string firstThrough_;
+};
+
+TEST_F(EverySpelling, IsVetoed) {
+    const SafetyPolicy policy(home_.paths(), {rule_});
+    EXPECT_GE(roots_.size(), 70U);
+    EXPECT_EQ(letThrough(5000,
+                         [&](const std::string& path) {
+                             return !std::holds_alternative<Blocked>(policy.check(path));
+                         }),
+              0)
+        << firstThrough_;
+}
+
+TEST_F(EverySpelling, WouldPassAJudgeOfTheTextAlone) {
+    const auto naive = [&](const std::string& path) {
+        const std::string tilde = path.starts_with('~') ? home_.path() + path.substr(1) : path;
+        return !roots_.contains(standardizedPathText(tilde));
+    };
+    EXPECT_GT(letThrough(100, naive), 1000);
+}
+
+// What the generator writes really leads to the root, else it would prove nothing.
+TEST_F(EverySpelling, LeadsTheSystemToTheRoot) {
+    auto spelling = spellings();
+    for (const std::string& root : roots_) {
+        struct stat meant{};
+        if (root == rule_ || ::stat(root.c_str(), &meant) != 0) continue;
+        for (int i = 0; i < 300; ++i) {
+            std::string path = spelling.next(root);
+            if (path.starts_with('~')) path.replace(0, 1, home_.path());
+            if (path.contains("missing/")) continue; // no system goes up from what is not there
+            struct stat reached{};
+            ASSERT_EQ(::stat(path.c_str(), &reached), 0) << path;
+            ASSERT_EQ(reached.st_ino, meant.st_ino) << path;
+        }
+    }
+}
+
+TEST(SafetyPolicy, IsTheSameFromManyThreads) {
+    const test::TemporaryHome home;
+    const SafetyPolicy policy(home.paths(), {"~/Work"});
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t) {
+        threads.emplace_back([&] {
+            for (int i = 0; i < 200; ++i) {
+                EXPECT_EQ(told(policy.check(home.at("Work/" + std::to_string(i)))).substr(0, 9), "Protected");
+                EXPECT_EQ(told(policy.check(home.at("Play/" + std::to_string(i)))), "allowed");
+            }
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+}

@@ -1,0 +1,107 @@
+#include "CleanerCore/Scanning/Scanners/IOSBackupsScanner.h"
+#include "CleanerCore/Scanning/Scanners/InstallersScanner.h"
+#include "CleanerCore/Scanning/Scanners/LargeOldFilesScanner.h"
+#include "CleanerCore/Scanning/Scanners/OldDownloadsScanner.h"
+#include "CleanerCore/Support/DateText.h"
+#include "tests/Support/ScannerFixtures.h"
+
+#include <gmock/gmock.h>
+
+#include <cstdlib>
+#include <filesystem>
+
+using namespace loftmere;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+constexpr const char* backups = "Library/Application Support/MobileSync/Backup/";
+
+std::string infoPlist(const std::string& body) {
+    return "<?xml version=\"1.0\"?><plist version=\"1.0\">" + body + "</plist>";
+}
+
+// A file of this logical size that takes no space.
+void sparseFile(const test::TemporaryHome& home, const std::string& name, int64_t size, double ageDays) {
+    home.file(name, "");
+    std::filesystem::resize_file(home.at(name), static_cast<uintmax_t>(size));
+    home.setAgeDays(name, ageDays);
+}
+
+} // namespace
+
+TEST(IOSBackups, TheirOwnWordsElseTheFolders) {
+    ::setenv("LC_ALL", "C", 1);
+    ::setenv("TZ", "UTC", 1);
+    const test::TemporaryHome home;
+    const std::string fixtures = LOFTMERE_SOURCE_DIR "/tests/Fixtures/backup-info.";
+    for (const char* form : {"xml", "binary"}) {
+        home.folder(std::string(backups) + form);
+        std::filesystem::copy_file(fixtures + form + ".plist", home.at(backups) + form + "/Info.plist");
+    }
+    home.file(std::string(backups) + "display/Info.plist",
+              infoPlist("<dict><key>Display Name</key><string>Pad</string>"
+                        "<key>Last Backup Date</key><string>no date</string></dict>"));
+    home.file(std::string(backups) + "array/Info.plist", infoPlist("<array/>"));
+    home.file(std::string(backups) + "broken/Info.plist", "bplist00 and so on");
+    home.file(std::string(backups) + "bare/Manifest.db", "x");
+    home.file(std::string(backups) + "a file", "x");
+    for (const char* name : {"display", "array", "broken", "bare"}) {
+        home.setDates(std::string(backups) + name, *fromISO8601("2025-12-24T10:00:00Z"));
+    }
+    const auto items =
+        IOSBackupsScanner().scan(test::scanContext(home, {.minItemAgeHours = -1000000})).value();
+    EXPECT_THAT(test::titlesOf(items), ElementsAre("Backup: Pad", "Backup: Zoë’s 📱", "Backup: Zoë’s 📱",
+                                                   "Backup: array", "Backup: bare", "Backup: broken"));
+    for (const ScanItem& item : items) {
+        const char* date = item.title == "Backup: Zoë’s 📱" ? "Mar 1, 2026" : "Dec 24, 2025";
+        EXPECT_EQ(item.reason,
+                  std::string("Device backup from ") + date + ". Keep at least one recent backup.");
+        EXPECT_EQ(item.risk, Risk::caution);
+    }
+}
+
+TEST(Downloads, InstallersAndOldOnesShareOnlyDiscImages) {
+    const test::TemporaryHome home;
+    for (const char* name : {"a.DMG", "b.pkg", "c.mpkg", "d.iso", "e.zip"}) {
+        home.setAgeDays(home.file(std::string("Downloads/") + name, "x"), 181);
+    }
+    home.setAgeDays(home.file("Downloads/used.zip", "x"), 179);
+    home.setAgeDays(home.file("Desktop/young.pkg", "x"), 1);
+    home.file("Desktop/fresh.pkg", "x");
+    const ScanContext context = test::scanContext(home);
+    EXPECT_THAT(test::titlesOf(OldDownloadsScanner().scan(context).value()), ElementsAre("d.iso", "e.zip"));
+    EXPECT_THAT(test::titlesOf(InstallersScanner().scan(context).value()),
+                ElementsAre("a.DMG", "b.pkg", "c.mpkg", "d.iso", "young.pkg"));
+}
+
+TEST(LargeOldFiles, SizeAgeDepthAndWhereNotToLook) {
+    const test::TemporaryHome home;
+    constexpr int64_t limit = int64_t{500} << 20;
+    std::string deep = "1";
+    for (int depth = 2; depth <= 12; ++depth) deep += "/" + std::to_string(depth);
+    sparseFile(home, "exact", limit, 121);
+    sparseFile(home, "less", limit - 1, 121);
+    sparseFile(home, "young", limit, 119);
+    sparseFile(home, deep + "/deep", limit + 2, 121);
+    sparseFile(home, deep + "/13/deeper", limit, 121);
+    sparseFile(home, "My.APPS/entered", limit + 1, 121);
+    for (const char* place : {"Projects/Pictures", "Library", "a/node_modules", "My.APP", "x.FCPbundle"}) {
+        sparseFile(home, std::string(place) + "/skipped", limit, 121);
+    }
+    home.link("link", home.at("exact"));
+    home.link("My", home.at("My.APPS"));
+    const auto items = LargeOldFilesScanner().scan(test::scanContext(home, {})).value();
+    ASSERT_EQ(items.size(), 3U);
+    EXPECT_EQ(items[0].title, "deep");
+    EXPECT_EQ(items[1].title, "entered");
+    EXPECT_EQ(items[2].size, limit);
+    EXPECT_EQ(items[2].reason,
+              "524.3 MB file not opened since " + DateText::medium(*items[2].lastUsed, "en_US"));
+
+    ScanContext cancelled = test::scanContext(home, {});
+    int asked = 0;
+    cancelled.isCancelled = [&] { return ++asked > 1; };
+    EXPECT_THAT(test::titlesOf(LargeOldFilesScanner().scan(cancelled).value()), ElementsAre("exact"));
+}

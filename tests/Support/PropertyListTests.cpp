@@ -1,0 +1,104 @@
+#include "CleanerCore/Platform/FileContent.h"
+#include "CleanerCore/Support/PropertyList.h"
+
+#include <gtest/gtest.h>
+
+using namespace loftmere;
+
+namespace {
+
+// Both were written by Python's plistlib from one dictionary.
+std::string fixture(const std::string& form) {
+    return readFile(LOFTMERE_SOURCE_DIR "/tests/Fixtures/backup-info." + form + ".plist").value();
+}
+
+std::string repeated(const std::string& text, int times) {
+    std::string all;
+    for (int i = 0; i < times; ++i) all += text;
+    return all;
+}
+
+std::string number(uint64_t value) {
+    std::string bytes;
+    for (int shift = 56; shift >= 0; shift -= 8) bytes += static_cast<char>(value >> shift);
+    return bytes;
+}
+
+// A binary property list of these objects, of which the first is the top; offsets take 4 bytes, references 1.
+std::string binary(const std::vector<std::string>& objects) {
+    std::string text = "bplist00";
+    std::string offsets;
+    for (const std::string& object : objects) {
+        offsets += number(text.size()).substr(4);
+        text += object;
+    }
+    const uint64_t table = text.size();
+    return text + offsets + std::string(6, '\0') + "\x04\x01" + number(objects.size()) + number(0) +
+           number(table);
+}
+
+// An array of `count` references to object `index`.
+std::string arrayOf(int count, int index) {
+    return static_cast<char>(0xA0 | count) +
+           std::string(static_cast<size_t>(count), static_cast<char>(index));
+}
+
+} // namespace
+
+TEST(PropertyList, ReadsBothFormsAlike) {
+    for (const char* form : {"xml", "binary"}) {
+        const auto list = PropertyList::parse(fixture(form));
+        ASSERT_TRUE(list) << form;
+        EXPECT_EQ(*list->at<std::string>("Device Name"), "Zoë’s 📱");
+        EXPECT_EQ(list->at<std::string>("Long")->size(), 300U);
+        EXPECT_EQ(toISO8601(*list->at<Date>("Last Backup Date")), "2026-03-01T12:30:15Z");
+        EXPECT_EQ(list->at<std::string>("Last Backup Date"), nullptr);
+        EXPECT_EQ(list->at<std::string>("None"), nullptr);
+        const auto* values = list->at<PropertyList::Dictionary>("Applications")
+                                 ->find("com.example.a")
+                                 ->second.as<PropertyList::Array>();
+        ASSERT_EQ(values->size(), 5U);
+        EXPECT_EQ(*values->at(1).as<int64_t>(), -2);
+        EXPECT_EQ(*values->at(2).as<double>(), 2.5);
+        EXPECT_EQ(*values->at(3).as<bool>(), true);
+        EXPECT_EQ(values->at(4).as<PropertyList::Data>()->size(), 2U);
+    }
+}
+
+TEST(PropertyList, DamagedInputIsAbsentOrAtLeastHarmless) {
+    for (const char* form : {"xml", "binary"}) {
+        const std::string whole = fixture(form);
+        for (size_t length = 0; length < whole.size() - 40; ++length) {
+            EXPECT_FALSE(PropertyList::parse(whole.substr(0, length))) << form << length;
+        }
+        for (size_t at = 0; at < whole.size(); ++at) {
+            for (const char change : {'\xFF', '\x00', '<', '\x7F'}) {
+                std::string damaged = whole;
+                damaged[at] = change;
+                (void)PropertyList::parse(damaged);
+            }
+        }
+    }
+}
+
+TEST(PropertyList, HostileInputIsRefused) {
+    EXPECT_TRUE(PropertyList::parse(binary({arrayOf(2, 1), "\x08"})));
+    EXPECT_FALSE(PropertyList::parse(binary({arrayOf(1, 1), arrayOf(1, 0)}))) << "a cycle";
+    EXPECT_FALSE(PropertyList::parse(binary({arrayOf(1, 7)}))) << "no such object";
+    std::vector<std::string> doubling;
+    for (int i = 1; i <= 60; ++i) doubling.push_back(arrayOf(14, i));
+    doubling.emplace_back("\x08");
+    EXPECT_FALSE(PropertyList::parse(binary(doubling))) << "unfolds to 14 to the 60th";
+
+    const auto nested = [](int depth) {
+        return "<plist>" + repeated("<array>", depth) + repeated("</array>", depth) + "</plist>";
+    };
+    EXPECT_TRUE(PropertyList::parse(nested(100)));
+    EXPECT_FALSE(PropertyList::parse(nested(300000)));
+    for (const char* hidden : {"<array><!-- </array> -->", "<array><string><![CDATA[</array>]]></string>",
+                               "<array><string a=\"></array>\">x</string>", "<array a=\"/>\">",
+                               "<array><? > </array> ?>", "<array><!DOCTYPE x [ </array> ]>"}) {
+        EXPECT_FALSE(PropertyList::parse("<plist>" + repeated(hidden, 100000))) << hidden;
+    }
+    EXPECT_FALSE(PropertyList::parse("<plist><string>" + std::string(17 << 20, 'x') + "</string></plist>"));
+}

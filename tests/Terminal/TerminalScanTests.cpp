@@ -1,0 +1,176 @@
+#include "CleanerCore/Support/DisplayWidth.h"
+#include "CleanerCore/Support/Json.h"
+#include "CleanerCore/Support/Text.h"
+#include "terminal/Layout.h"
+#include "tests/Support/TemporaryHome.h"
+#include "tests/Terminal/TerminalRun.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
+#include <unistd.h>
+
+#include <csignal>
+
+using namespace loftmere;
+using namespace loftmere::test;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::Not;
+
+namespace {
+
+// A Trash full of names that would like to take over a terminal.
+void fillTrash(const TemporaryHome& home) {
+    for (const std::string name : {"plain.txt", "line\nbreak", "esc\x1B[31mred", "bell\x07",
+                                   "rtl\u202Etxt.exe", "日本語の長い名前", "e\u0301te\u0301", "bad\xFF"})
+        home.file(".Trash/" + name, "x");
+    home.file(".Trash/" + std::string(255, 'n'), std::string(9000, 'x'));
+}
+
+// Without colours and what the status line wrote and took away again.
+std::string withoutEscapes(const std::string& text) {
+    std::string plain;
+    for (size_t i = 0; i < text.size(); ++i) {
+        if (text[i] == '\x1B') {
+            while (i < text.size() && !(text[i] >= 'A' && text[i] <= 'Z' && text[i] != '[') && text[i] != 'm')
+                ++i;
+        } else {
+            plain += text[i];
+        }
+    }
+    return plain;
+}
+
+bool isShowable(const std::string& text) {
+    std::string lines = text;
+    std::erase(lines, '\n');
+    return lines == printable(lines);
+}
+
+} // namespace
+
+TEST(TerminalProgram, AnswersUsageQuestionsAndMistakes) {
+    const TemporaryHome home;
+    struct Case {
+        std::vector<std::string> arguments;
+        int status;
+        const char* out;
+        const char* err;
+    };
+    for (const Case& c : {
+             Case{{"--version"}, 0, "loftmere ", ""},
+             Case{{"--help"}, 0, "Verbs:", ""},
+             Case{{"scan", "--help"}, 0, "userCaches logs crashReports", ""},
+             Case{{}, 2, "", "loftmere scan"},
+             Case{{"scrub"}, 2, "", "not expected: scrub"},
+             Case{{"scan", "--frobnicate"}, 2, "", "--frobnicate"},
+             Case{{"scan", "caches"}, 2, "", "Did you mean userCaches or packageCaches?"},
+             Case{{"scan", "esc\x1B[2J"}, 2, "", "esc\u241B[2J"},
+             Case{{"scan", "smartCare"}, 2, "", "no category or section"},
+             Case{{"scan", "appBundle"}, 0, "", "no scan looks for appBundle"},
+             Case{{"scan", "trash"}, 0, "Nothing to remove here right now.", ""},
+         }) {
+        const auto result = runTerminal({.home = home.path()}, c.arguments);
+        SCOPED_TRACE(testing::PrintToString(c.arguments));
+        EXPECT_EQ(result.status, c.status);
+        EXPECT_THAT(result.out, HasSubstr(c.out));
+        EXPECT_THAT(result.err, HasSubstr(c.err));
+        EXPECT_EQ(result.out.empty(), *c.out == '\0');
+        EXPECT_EQ(result.err.empty(), *c.err == '\0');
+    }
+}
+
+TEST(TerminalProgram, ScanGivesTheSameJsonWhereverTheFlagStands) {
+    const TemporaryHome home;
+    fillTrash(home);
+    const auto before = runTerminal({.home = home.path()}, {"--json", "scan", "trash"});
+    const auto after = runTerminal({.home = home.path()}, {"scan", "systemJunk", "trash", "--json"});
+    EXPECT_EQ(before.status, 0);
+    EXPECT_EQ(before.err, "");
+    const Json document = parseJson(before.out).value();
+    const Json& trash = document["results"][0];
+    EXPECT_EQ(document["results"].size(), 1U);
+    EXPECT_EQ(trash["category"], "trash");
+    EXPECT_EQ(trash["items"].size(), 8U); // the name that is no text is left out
+    EXPECT_FALSE(trash.contains("error"));
+    int64_t total = 0;
+    for (const Json& item : trash["items"]) total += item["size"].get<int64_t>();
+    EXPECT_EQ(trash["totalSize"], total);
+    EXPECT_EQ(document["selected"], Json::array());
+    const Json systemJunk = parseJson(after.out).value();
+    EXPECT_THAT(systemJunk["results"], testing::Contains(trash));
+}
+
+TEST(TerminalProgram, NoNameFromDiskReachesTheTerminalAsItIs) {
+    const TemporaryHome home;
+    fillTrash(home);
+    const auto piped = runTerminal({.home = home.path()}, {"scan"});
+    EXPECT_TRUE(isShowable(piped.out)) << piped.out;
+    EXPECT_THAT(piped.out, HasSubstr("esc\u241B[31mred"));
+    EXPECT_THAT(piped.out, HasSubstr(std::string(255, 'n'))); // nothing is cut where no terminal is
+
+    for (const int columns : {40, 80, 120}) {
+        const auto shown = TerminalScreen({.home = home.path()}, {"scan"}, columns).finish();
+        EXPECT_EQ(shown.status, 0);
+        EXPECT_THAT(shown.out, HasSubstr("\x1B[33mReview\x1B[0m"));
+        const std::string plain = withoutEscapes(shown.out);
+        EXPECT_TRUE(isShowable(plain)) << plain;
+        for (const std::string& line : splitOmittingEmpty(plain, '\n'))
+            EXPECT_LE(displayWidth(line), columns) << line;
+    }
+    const auto uncoloured =
+        TerminalScreen({.home = home.path(), .environment = {"NO_COLOR=1"}}, {"scan"}, 80).finish();
+    EXPECT_THAT(uncoloured.out, Not(HasSubstr("\x1B[3")));
+    EXPECT_THAT(runTerminal({.home = home.path(), .environment = {"LC_ALL=C"}}, {"scan"}).out,
+                Not(HasSubstr("…")));
+}
+
+TEST(TerminalProgram, AVanishedReaderIsNoFailureButAFullDiskIs) {
+    const TemporaryHome home;
+    fillTrash(home);
+    for (const auto& [command, status] : {std::pair("\"$0\" scan | true; exit ${PIPESTATUS[0]}", 0),
+                                          std::pair("\"$0\" scan > /dev/full", 1)}) {
+        const std::string line = std::string("HOME='") + home.path() + "' bash -c '" + command + "' " +
+                                 LOFTMERE_TERMINAL + " 2> '" + home.at("err") + "'";
+        EXPECT_EQ(WEXITSTATUS(std::system(line.c_str())), status) << line;
+    }
+}
+
+TEST(TerminalProgram, InterruptEndsItAtOnce) {
+    const TemporaryHome home;
+    for (int i = 0; i < 1500; ++i) home.file(".Trash/" + std::to_string(i) + std::string(200, 'n'), "x");
+    int out[2];
+    ASSERT_EQ(::pipe(out), 0);
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::dup2(out[1], STDOUT_FILENO);
+        const std::string variable = "HOME=" + home.path();
+        ::execl("/usr/bin/env", "env", variable.c_str(), LOFTMERE_TERMINAL, "scan", nullptr);
+        ::_exit(126);
+    }
+    // Its output is more than a pipe holds and nobody takes it, so after the first byte it stands still.
+    char byte = 0;
+    ASSERT_EQ(::read(out[0], &byte, 1), 1);
+    ::kill(child, SIGINT);
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    EXPECT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 130);
+    ::close(out[0]);
+    ::close(out[1]);
+}
+
+TEST(Layout, CutsAndBreaksByWhatIsSeen) {
+    EXPECT_EQ(displayWidth("añ日本e\u0301"), 7);
+    EXPECT_EQ(cutEnd("日本語", 6, "…"), "日本語");
+    EXPECT_EQ(cutEnd("日本語", 5, "…"), "日本…");
+    EXPECT_EQ(cutEnd("日本語", 4, "…"), "日…"); // a wide letter is not split
+    EXPECT_EQ(cutEnd("abcdef", 2, "..."), "ab");
+    EXPECT_EQ(cutStart("/a/日本", 5, "…"), "…日本");
+    EXPECT_EQ(cutStart("xe\u0301y", 2, "…"), "…y"); // a mark goes with its letter
+    EXPECT_EQ(padLeft("日", 4), "  日");
+    EXPECT_THAT(wrapped("one two three", 7), ElementsAre("one two", "three"));
+    EXPECT_THAT(wrapped("一二三四", 5), ElementsAre("一二", "三四"));
+    EXPECT_THAT(wrapped("", 5), ElementsAre(""));
+}
