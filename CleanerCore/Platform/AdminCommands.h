@@ -5,8 +5,8 @@
 
 namespace loftmere {
 
-// What the root helper calls a thing that it runs, and this system's command for it: shell text that arguments may
-// follow. One table serves the helper and the one-shot commands that stand in for it.
+// What the root helper calls a thing that it runs, and this system's command for it: shell text that
+// arguments may follow. One table serves the helper and the one-shot commands that stand in for it.
 struct AdminCommand {
     std::string_view name;
     std::string_view text;

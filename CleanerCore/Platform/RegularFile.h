@@ -27,6 +27,9 @@ public:
     // end of the file. Absent when they cannot be read.
     std::optional<size_t> read(int64_t offset, std::span<std::byte> block) const;
 
+    // Its bytes at this moment.
+    int64_t size() const;
+
     // Tells the system that these bytes will be wanted soon. Answers at once; a hint, so it never fails.
     void expect(int64_t offset, int64_t length) const;
 

@@ -10,8 +10,8 @@
 
 namespace loftmere {
 
-// The append-only record of every action, one JSON object a line. Nothing here fails to its caller: the log must
-// never take a clean down. Any thread.
+// The append-only record of every action, one JSON object a line. Nothing here fails to its caller: the log
+// must never take a clean down. Any thread.
 class AuditLog {
 public:
     explicit AuditLog(const Paths& paths);

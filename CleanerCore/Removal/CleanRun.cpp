@@ -36,7 +36,10 @@ std::string pathOf(const ScanItem& item) {
 CleanRun::CleanRun(const Surroundings& with, const std::vector<ScanItem>& items, TriggerSource trigger,
                    bool dryRun, std::optional<Disposal> disposalOverride)
     : with_(with),
-      items_(items), trigger_(std::move(trigger)), dryRun_(dryRun), disposalOverride_(disposalOverride) {}
+      items_(items),
+      trigger_(std::move(trigger)),
+      dryRun_(dryRun),
+      disposalOverride_(disposalOverride) {}
 
 void CleanRun::handle(const ScanItem& item) {
     carryOut(item, with_.planner.decide(item, trigger_, disposalOverride_));

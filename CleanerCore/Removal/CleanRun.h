@@ -26,8 +26,8 @@ public:
         const Cleaner::Administration& administration;
     };
 
-    CleanRun(const Surroundings& with, const std::vector<ScanItem>& items, TriggerSource trigger,
-             bool dryRun, std::optional<Disposal> disposalOverride);
+    CleanRun(const Surroundings& with, const std::vector<ScanItem>& items, TriggerSource trigger, bool dryRun,
+             std::optional<Disposal> disposalOverride);
 
     void handle(const ScanItem& item);
 

@@ -1,7 +1,7 @@
 #include "tests/Support/ScannerFixtures.h"
 
-#include "CleanerCore/Platform/FileContent.h"
 #include "CleanerCore/Platform/TreeWalk.h"
+#include "tests/Scanning/Photos.h"
 
 #include <algorithm>
 
@@ -96,10 +96,9 @@ void fillCloudCopies(const TemporaryHome& home) {
     home.fileOfSize("Library/Mobile Documents/com~apple~CloudDocs/film.mov", 26 << 20);
 }
 
-void fillPhotos(const TemporaryHome& home) {
-    const std::string pictures = LOFTMERE_SOURCE_DIR "/tests/Scanning/photos/";
-    home.file("Pictures/walk.jpg", readFile(pictures + "grey.jpg").value_or(""));
-    home.file("Documents/Letters/walk.jpg", readFile(pictures + "grey.jpg").value_or(""));
+void fillSimilarPhotos(const TemporaryHome& home) {
+    home.file("Pictures/Trip/large.jpg", photoContent("photo.jpg"));
+    home.file("Pictures/small.jpg", photoContent("half.jpg"));
 }
 
 // clang-format off
@@ -121,7 +120,7 @@ constexpr ScannerFixture fixtures[] = {
     {installers,    fillInstallers,    "Desktop/Editor.mpkg"},
     {largeOldFiles, fillLargeOldFiles},
     {duplicates,    fillDuplicates},
-    {similarPhotos, fillPhotos},
+    {similarPhotos, fillSimilarPhotos},
     {cloudLocalCopies, fillCloudCopies},
 };
 // clang-format on

@@ -1,7 +1,6 @@
 #include "CleanerCore/Platform/posix/EntryReader.h"
 
 #include <sys/attr.h>
-#include <sys/vnode.h>
 #include <unistd.h>
 
 #include <cstring>
@@ -18,11 +17,14 @@ template <class T> T taken(const std::byte*& at) {
     return value;
 }
 
+// The values of `enum vtype`, whose header not every SDK has.
+enum VnodeType : fsobj_type_t { vnodeRegular = 1, vnodeDirectory = 2, vnodeLink = 5 };
+
 FileType typeOf(fsobj_type_t type) {
     switch (type) {
-    case VREG: return FileType::regular;
-    case VDIR: return FileType::directory;
-    case VLNK: return FileType::symlink;
+    case vnodeRegular: return FileType::regular;
+    case vnodeDirectory: return FileType::directory;
+    case vnodeLink: return FileType::symlink;
     default: return FileType::other;
     }
 }

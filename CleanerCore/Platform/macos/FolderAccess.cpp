@@ -8,7 +8,7 @@ namespace loftmere {
 
 FileDescriptor openBase(int at, const char* path, Links links) {
     return FileDescriptor(
-        calls::open(at, path, O_SEARCH | O_DIRECTORY | (links == Links::refuse ? O_NOFOLLOW : 0)));
+        calls::open(at, path, O_RDONLY | O_DIRECTORY | (links == Links::refuse ? O_NOFOLLOW : 0)));
 }
 
 FileDescriptor openForRemoval(int at, const char* name) {

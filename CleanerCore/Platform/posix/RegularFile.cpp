@@ -58,6 +58,11 @@ std::optional<size_t> RegularFile::read(int64_t offset, std::span<std::byte> blo
     return filled;
 }
 
+int64_t RegularFile::size() const {
+    const auto status = descriptorStatus(fd_.get());
+    return status ? status->size : 0;
+}
+
 void RegularFile::expect(int64_t offset, int64_t length) const {
     readAhead(fd_.get(), offset, length);
 }

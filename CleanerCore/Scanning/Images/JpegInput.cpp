@@ -1,9 +1,8 @@
 #include "CleanerCore/Scanning/Images/JpegInput.h"
 
-#include <unistd.h>
-
-#include <cerrno>
+#include <algorithm>
 #include <cstring>
+#include <span>
 
 namespace loftmere {
 
@@ -17,8 +16,8 @@ bool belongsToData(int code) {
 
 } // namespace
 
-JpegInput::JpegInput(int fd, const FS::CancelCheck& isCancelled)
-    : jpeg_source_mgr{}, fd_(fd), isCancelled_(isCancelled), block_(blockSize) {
+JpegInput::JpegInput(const RegularFile& file, const FS::CancelCheck& isCancelled)
+    : jpeg_source_mgr{}, file_(file), isCancelled_(isCancelled), block_(blockSize) {
     init_source = [](j_decompress_ptr) {};
     fill_input_buffer = fillForLibrary;
     skip_input_data = skipForLibrary;
@@ -28,21 +27,18 @@ JpegInput::JpegInput(int fd, const FS::CancelCheck& isCancelled)
 
 bool JpegInput::refill() {
     if (isCancelled_ && isCancelled_()) return false;
-    ssize_t got = 0;
-    do got = ::pread(fd_, block_.data(), block_.size(), position_);
-    while (got < 0 && errno == EINTR);
-    if (got <= 0) return false;
-    position_ += got;
+    const size_t got = file_.read(position_, std::as_writable_bytes(std::span(block_))).value_or(0);
+    position_ += int64_t(got);
     next_input_byte = block_.data();
-    bytes_in_buffer = size_t(got);
-    return true;
+    bytes_in_buffer = got;
+    return got > 0;
 }
 
 void JpegInput::skip(size_t count) {
     const size_t held = std::min(count, bytes_in_buffer);
     next_input_byte += held;
     bytes_in_buffer -= held;
-    position_ += off_t(count - held);
+    position_ += int64_t(count - held);
 }
 
 int JpegInput::nextMarker() {

@@ -1,23 +1,25 @@
 #pragma once
 
 #include "CleanerCore/Files/FS.h"
-
-#include <jpeglib.h>
-#include <sys/types.h>
+#include "CleanerCore/Platform/RegularFile.h"
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdio> // jpeglib.h needs it
 #include <vector>
+
+// clang-format off
+#include <cstdio> // jpeglib.h needs it
+#include <jpeglib.h>
+// clang-format on
 
 namespace loftmere {
 
 // The bytes of a JPEG file in turn, for libjpeg as its source of data and for our own reading of a scan.
-// Reads with pread, a block at a time; the file is never mapped, since one that is cut short meanwhile would
+// Reads a block at a time; the file is never mapped, since one that is cut short meanwhile would
 // kill the process.
 class JpegInput : public jpeg_source_mgr {
 public:
-    JpegInput(int fd, const FS::CancelCheck& isCancelled);
+    JpegInput(const RegularFile& file, const FS::CancelCheck& isCancelled);
     JpegInput(const JpegInput&) = delete;
     JpegInput& operator=(const JpegInput&) = delete;
 
@@ -41,9 +43,9 @@ private:
     static boolean fillForLibrary(j_decompress_ptr decoder);
     static void skipForLibrary(j_decompress_ptr decoder, long count);
 
-    int fd_;
+    const RegularFile& file_;
     const FS::CancelCheck& isCancelled_;
-    off_t position_ = 0;
+    int64_t position_ = 0;
     std::vector<uint8_t> block_;
 };
 

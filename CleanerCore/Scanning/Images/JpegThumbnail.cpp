@@ -149,8 +149,8 @@ private:
 
 } // namespace
 
-std::optional<Thumbnail> jpegThumbnail(int fd, const FS::CancelCheck& isCancelled) {
-    JpegInput input(fd, isCancelled);
+std::optional<Thumbnail> jpegThumbnail(const RegularFile& file, const FS::CancelCheck& isCancelled) {
+    JpegInput input(file, isCancelled);
     return JpegDecoder(input).read();
 }
 

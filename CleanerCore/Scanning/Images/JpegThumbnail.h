@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CleanerCore/Files/FS.h"
+#include "CleanerCore/Platform/RegularFile.h"
 #include "CleanerCore/Scanning/Images/Thumbnail.h"
 
 #include <optional>
@@ -10,6 +11,6 @@ namespace loftmere {
 // The thumbnail of a JPEG file, read from its start. Takes an eighth of the picture's resolution out of the
 // data where that is enough, in a small and fixed amount of memory. Absent when the data is damaged or cut
 // short.
-std::optional<Thumbnail> jpegThumbnail(int fd, const FS::CancelCheck& isCancelled);
+std::optional<Thumbnail> jpegThumbnail(const RegularFile& file, const FS::CancelCheck& isCancelled);
 
 } // namespace loftmere

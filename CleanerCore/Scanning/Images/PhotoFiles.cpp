@@ -28,21 +28,20 @@ bool PhotoFiles::add(const std::string& root, std::span<const std::string_view> 
         if (ended) return WalkStep::stop;
         const std::string extension = asciiLowercased(pathExtension(entry.name));
         const bool isWanted = std::ranges::find(extensions, extension) != extensions.end();
-        if (isWanted && entry.type == FileType::regular) addFile(entry.path);
+        if (isWanted && entry.type == FileType::regular) addFile(entry);
         return WalkStep::proceed;
     });
     return !ended;
 }
 
-void PhotoFiles::addFile(const std::string& path) {
-    const auto status = linkStatus(path);
+void PhotoFiles::addFile(const WalkEntry& entry) {
+    const auto status = entry.status();
     if (!status || status->type != FileType::regular) return;
-    PhotoFile file{
-        .path = path, .size = status->size, .allocated = status->allocated, .content = files_.size()};
+    PhotoFile file{.path = entry.path, .status = *status, .content = files_.size()};
     const auto [known, isNew] = known_.try_emplace({status->device, status->inode}, files_.size());
     if (!isNew) {
         const PhotoFile& first = files_[known->second];
-        if (status->links < 2 || isOneEntry(first.path, path)) return;
+        if (status->links < 2 || isOneEntry(first.path, entry.path)) return;
         file.content = known->second;
     }
     files_.push_back(std::move(file));

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "CleanerCore/Platform/TreeWalk.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -15,8 +17,7 @@ namespace loftmere {
 // A file that may be a photograph, found by its name.
 struct PhotoFile {
     std::string path;
-    int64_t size = 0;      // logical bytes
-    int64_t allocated = 0; // bytes really taken on disk
+    FileStatus status;
     size_t content =
         0; // the index of the first file found that is the same one under another name, else its own
 };
@@ -35,7 +36,7 @@ public:
     const std::vector<PhotoFile>& files() const { return files_; }
 
 private:
-    void addFile(const std::string& path);
+    void addFile(const WalkEntry& entry);
 
     std::vector<PhotoFile> files_;
     std::map<std::pair<uint64_t, uint64_t>, size_t> known_; // device and inode of each

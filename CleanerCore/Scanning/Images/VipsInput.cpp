@@ -1,15 +1,12 @@
 #include "CleanerCore/Scanning/Images/VipsInput.h"
 
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <cerrno>
+#include <cstddef>
 #include <cstdio>
 
 namespace loftmere {
 
-VipsInput::VipsInput(const VipsLibrary& vips, int fd, const FS::CancelCheck& isCancelled)
-    : vips_(vips), fd_(fd), isCancelled_(isCancelled), source_(vips.sourceCustomNew()) {
+VipsInput::VipsInput(const VipsLibrary& vips, const RegularFile& file, const FS::CancelCheck& isCancelled)
+    : vips_(vips), file_(file), isCancelled_(isCancelled), source_(vips.sourceCustomNew()) {
     if (source_ == nullptr) return;
     vips.signalConnectData(source_, "read", reinterpret_cast<GCallback>(read), this, nullptr,
                            GConnectFlags(0));
@@ -23,22 +20,17 @@ VipsInput::~VipsInput() {
 
 gint64 VipsInput::read(VipsSourceCustom* /*source*/, void* buffer, gint64 length, VipsInput* input) {
     if (input->isCancelled_ && input->isCancelled_()) return -1;
-    ssize_t got = 0;
-    do got = ::pread(input->fd_, buffer, size_t(length), input->position_);
-    while (got < 0 && errno == EINTR);
-    if (got > 0) input->position_ += got;
-    return got;
+    const auto got = input->file_.read(input->position_, {static_cast<std::byte*>(buffer), size_t(length)});
+    if (!got) return -1;
+    input->position_ += int64_t(*got);
+    return gint64(*got);
 }
 
 gint64 VipsInput::seek(VipsSourceCustom* /*source*/, gint64 offset, int whence, VipsInput* input) {
-    struct stat status{};
     if (whence == SEEK_CUR) offset += input->position_;
-    if (whence == SEEK_END) {
-        if (::fstat(input->fd_, &status) != 0) return -1;
-        offset += status.st_size;
-    }
+    if (whence == SEEK_END) offset += input->file_.size();
     if (offset < 0) return -1;
-    return input->position_ = off_t(offset);
+    return input->position_ = offset;
 }
 
 } // namespace loftmere

@@ -1,18 +1,17 @@
 #pragma once
 
 #include "CleanerCore/Files/FS.h"
+#include "CleanerCore/Platform/RegularFile.h"
 #include "CleanerCore/Scanning/Images/VipsLibrary.h"
-
-#include <sys/types.h>
 
 namespace loftmere {
 
-// An open file as a source of libvips, which asks it for bytes. Reads with pread and never maps the file,
+// An open file as a source of libvips, which asks it for bytes. The file is never mapped,
 // since one that is cut short meanwhile would kill the process. Once cancelled, every read fails, and with it
 // the decoding.
 class VipsInput {
 public:
-    VipsInput(const VipsLibrary& vips, int fd, const FS::CancelCheck& isCancelled);
+    VipsInput(const VipsLibrary& vips, const RegularFile& file, const FS::CancelCheck& isCancelled);
     ~VipsInput();
     VipsInput(const VipsInput&) = delete;
     VipsInput& operator=(const VipsInput&) = delete;
@@ -25,9 +24,9 @@ private:
     static gint64 seek(VipsSourceCustom* source, gint64 offset, int whence, VipsInput* input);
 
     const VipsLibrary& vips_;
-    int fd_;
+    const RegularFile& file_;
     const FS::CancelCheck& isCancelled_;
-    off_t position_ = 0;
+    int64_t position_ = 0;
     VipsSourceCustom* source_;
 };
 

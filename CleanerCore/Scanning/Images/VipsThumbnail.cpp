@@ -5,8 +5,6 @@
 #include "CleanerCore/Scanning/Images/Orientation.h"
 #include "CleanerCore/Scanning/Images/VipsInput.h"
 
-#include <sys/stat.h>
-
 #include <algorithm>
 #include <array>
 #include <memory>
@@ -52,8 +50,8 @@ bool isPlain(const VipsImage& image) {
 // One decoding on the calling thread. libvips computes what is asked of it, strip by strip.
 class Decoding {
 public:
-    Decoding(const VipsLibrary& vips, int fd, const FS::CancelCheck& isCancelled)
-        : vips_(vips), fd_(fd), isCancelled_(isCancelled), input_(vips, fd, isCancelled) {}
+    Decoding(const VipsLibrary& vips, const RegularFile& file, const FS::CancelCheck& isCancelled)
+        : vips_(vips), file_(file), isCancelled_(isCancelled), input_(vips, file, isCancelled) {}
 
     std::optional<Thumbnail> read(const Loader& loader) {
         const Image image = open(loader);
@@ -86,8 +84,7 @@ private:
         if (rowBytes(image) > longestRow) return false;
         if (!loader.isHeldWhole && vips_.imageGetTypeof(&image, "interlaced") == 0)
             return pixels <= mostPixels;
-        struct stat status{};
-        return pixels <= mostPixelsHeld && ::fstat(fd_, &status) == 0 && status.st_size <= largestFileHeld;
+        return pixels <= mostPixelsHeld && file_.size() <= largestFileHeld;
     }
 
     // 16 bits, floating point, inks and the like as eight-bit colour.
@@ -125,18 +122,19 @@ private:
     }
 
     const VipsLibrary& vips_;
-    int fd_;
+    const RegularFile& file_;
     const FS::CancelCheck& isCancelled_;
     VipsInput input_;
 };
 
 } // namespace
 
-std::optional<Thumbnail> vipsThumbnail(int fd, ImageKind kind, const FS::CancelCheck& isCancelled) {
+std::optional<Thumbnail> vipsThumbnail(const RegularFile& file, ImageKind kind,
+                                       const FS::CancelCheck& isCancelled) {
     const VipsLibrary* vips = VipsLibrary::get();
     const auto* loader = std::ranges::find(loaders, kind, &Loader::kind);
     if (vips == nullptr || loader == loaders.end()) return std::nullopt;
-    auto thumbnail = Decoding(*vips, fd, isCancelled).read(*loader);
+    auto thumbnail = Decoding(*vips, file, isCancelled).read(*loader);
     // The library keeps the messages of failures, and buffers for each thread, until told otherwise.
     vips->errorClear();
     vips->threadShutdown();

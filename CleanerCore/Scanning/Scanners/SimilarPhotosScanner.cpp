@@ -45,8 +45,16 @@ std::vector<size_t> decodingOrder(const std::vector<PhotoFile>& files) {
     for (size_t i = 0; i < files.size(); ++i) {
         if (files[i].content == i) order.push_back(i);
     }
-    std::ranges::stable_sort(order, std::ranges::greater{}, [&](size_t i) { return files[i].size; });
+    std::ranges::stable_sort(order, std::ranges::greater{}, [&](size_t i) { return files[i].status.size; });
     return order;
+}
+
+std::optional<SimilarPhotosScanner::Likeness> likenessOf(const RegularFile& file,
+                                                         const FS::CancelCheck& isCancelled) {
+    const auto thumbnail = readThumbnail(file, isCancelled);
+    if (!thumbnail) return std::nullopt;
+    return SimilarPhotosScanner::Likeness{.hash = differenceHash(thumbnail->image),
+                                          .pixelCount = thumbnail->pixelCount};
 }
 
 // The pictures among the files; of no use when cancelled meanwhile.
@@ -57,7 +65,10 @@ std::vector<Entry> readPhotos(const std::vector<PhotoFile>& files, const ScanCon
         if (context.isCancelled()) return;
         const size_t i = order[position];
         context.report(CleanCategory::similarPhotos, files[i].path);
-        likenesses[i] = SimilarPhotosScanner::dHash(files[i].path, context.isCancelled);
+        // Nothing else is looked at that took the file's place since it was found, a link for one.
+        if (const auto file = RegularFile::openUnchanged(files[i].path, files[i].status)) {
+            likenesses[i] = likenessOf(*file, context.isCancelled);
+        }
     });
     std::vector<Entry> entries;
     for (const PhotoFile& file : files) {
@@ -75,13 +86,13 @@ std::vector<std::vector<size_t>> groupsOf(const std::vector<Entry>& entries) {
 // The best of a group: the most pixels, then the most bytes on disk, then the first found.
 size_t keeperOf(const std::vector<size_t>& group, const std::vector<Entry>& entries) {
     return *std::ranges::max_element(group, {}, [&](size_t i) {
-        return std::tuple(entries[i].likeness.pixelCount, entries[i].file->allocated, -int64_t(i));
+        return std::tuple(entries[i].likeness.pixelCount, entries[i].file->status.allocated, -int64_t(i));
     });
 }
 
 ScanItem itemFor(const PhotoFile& file, const std::string& keeperName) {
     return ScanItem::make({.target = PathTarget{file.path},
-                           .size = file.allocated,
+                           .size = file.status.allocated,
                            .category = CleanCategory::similarPhotos,
                            .risk = Risk::review,
                            .reason = fmt::format("Looks like {} (kept: higher quality)", keeperName),
@@ -92,9 +103,8 @@ ScanItem itemFor(const PhotoFile& file, const std::string& keeperName) {
 
 std::optional<SimilarPhotosScanner::Likeness>
 SimilarPhotosScanner::dHash(const std::string& path, const FS::CancelCheck& isCancelled) {
-    const auto thumbnail = readThumbnail(path, isCancelled);
-    if (!thumbnail) return std::nullopt;
-    return Likeness{.hash = differenceHash(thumbnail->image), .pixelCount = thumbnail->pixelCount};
+    const auto file = RegularFile::open(path);
+    return file ? likenessOf(*file, isCancelled) : std::nullopt;
 }
 
 Result<std::vector<ScanItem>> SimilarPhotosScanner::scan(const ScanContext& context) const {

@@ -27,9 +27,9 @@ public:
         bool operator==(const Likeness&) const = default;
     };
 
-    // What a picture file looks like, standing upright. Absent when it cannot be decoded, for whatever
-    // reason, and when `isCancelled` answers true meanwhile. Any thread; may take seconds for a large
-    // picture.
+    // What a picture file looks like, standing upright; a final link is followed. Absent when it cannot be
+    // decoded, for whatever reason, and when `isCancelled` answers true meanwhile. Any thread; may take
+    // seconds for a large picture.
     static std::optional<Likeness> dHash(const std::string& path,
                                          const FS::CancelCheck& isCancelled = nullptr);
 
