@@ -31,8 +31,6 @@ public:
             home.file(file, file);
         }
         for (const char* file : {"junk/1", "junk/sub/2", "junk/sub/3"}) home.file(file, "");
-        // Small, because it is the calls that matter here and not the bytes.
-        home.file("Library/Application Support/Ostrel Loftmere/quarantine.reserve", "reserve");
         before_ = preciousFiles();
     }
 
