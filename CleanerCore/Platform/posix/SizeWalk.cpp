@@ -24,9 +24,9 @@ using Folder = PendingFolders::Folder;
 
 constexpr int64_t entriesPerQuestion = 2000;
 
-// A cold disk answers faster when it is asked many things at once, whatever the number of processor cores;
-// the limit is for all walks of the process together.
-constexpr int helperLimit = 8;
+// A cold disk answers faster when it is asked many things at once, whatever the number of processor cores,
+// and threads that wait for it cost next to nothing; the limit is for all walks of the process together.
+constexpr int helperLimit = 24;
 
 // A helper pays for its start when this many folders wait for each one that works.
 constexpr size_t amountPerWorker = 24;
@@ -78,7 +78,8 @@ private:
 
 int64_t SizeWalk::run() {
     work();
-    // No helper is called once the calling thread has run out of work.
+    // Whoever is out of work has seen nothing pending and nobody busy, or the stop: no helper is called after
+    // that.
     for (std::thread& helper : helpers_) helper.join();
     return total_;
 }

@@ -42,7 +42,7 @@ bool matches(const Signature& signature, std::string_view start) {
 
 } // namespace
 
-std::optional<ImageKind> imageKind(std::span<const uint8_t> start) {
+std::optional<ImageKind> imageKind(std::span<const std::byte> start) {
     const std::string_view text(reinterpret_cast<const char*>(start.data()), start.size());
     const auto* found =
         std::ranges::find_if(signatures, [&](const Signature& s) { return matches(s, text); });

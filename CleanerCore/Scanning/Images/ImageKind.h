@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
 #include <optional>
 #include <span>
 
@@ -13,6 +12,6 @@ enum class ImageKind { jpeg, png, tiff, webp, heif, gif };
 inline constexpr size_t imageKindBytes = 16;
 
 // What a file is by its first bytes, whatever its name; absent for anything that is not decoded.
-std::optional<ImageKind> imageKind(std::span<const uint8_t> start);
+std::optional<ImageKind> imageKind(std::span<const std::byte> start);
 
 } // namespace loftmere

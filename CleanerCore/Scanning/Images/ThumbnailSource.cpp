@@ -9,8 +9,8 @@
 namespace loftmere {
 
 std::optional<Thumbnail> readThumbnail(const RegularFile& file, const FS::CancelCheck& isCancelled) {
-    std::array<uint8_t, imageKindBytes> start{};
-    const size_t got = file.read(0, std::as_writable_bytes(std::span(start))).value_or(0);
+    std::array<std::byte, imageKindBytes> start{};
+    const size_t got = file.read(0, start).value_or(0);
     const auto kind = imageKind(std::span(start).first(got));
     if (!kind) return std::nullopt;
     if (*kind == ImageKind::jpeg) return jpegThumbnail(file, isCancelled);
