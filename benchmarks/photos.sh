@@ -21,7 +21,7 @@ if [ ! -x $tools/MakePhotos ]; then
 fi
 
 make() {
-    rm -rf $photos
+    rm -rf $photos $photos.done
     mkdir -p $photos
     $tools/MakePhotos $photos $scenes
     seq -w 0 $((copies - 1)) | xargs -P2 -I@ sh -c "vips jpegsave $photos/0@.jpg $photos/0@-again.jpg --Q 70
