@@ -1,15 +1,17 @@
 #!/usr/bin/env python3
-"""Duplicate scanner and hash beside their peers.
+"""The duplicate scanner and its hash beside their peers: benchmarks/duplicates.py [ROUNDS [COLD_ROUNDS]]
 
-    duplicates.py make FOLDER              a corpus of about 2.5 GB in 6,000 files
-    duplicates.py run FOLDER PROGRAMS      rounds in turn, warm and cold (cold only as root), medians and ratios
-
-PROGRAMS is the folder of the built programs, such as build/bench/bin. The sets that the finders report are compared
-with each other.
+Makes a corpus of about 2.7 GB in 5,868 files below build/ (kept for the next time), proves that all finders report the
+same sets, then times them and the hash in turn, everything being in the kernel's caches; for root on Linux then with
+the caches dropped before each command. Prints Markdown tables.
+Wants the `bench` preset's tools: cmake --preset bench && cmake --build --preset bench
 """
-import json, os, random, statistics, subprocess, sys, tempfile, time
+import json, os, random, shlex, subprocess, sys
 
-ROUNDS = {"warm": 7, "cold": 3}
+TOOLS = "build/bench/bin/"
+CORPUS = "build/duplicates-corpus"
+REPORT = "build/duplicates-rmlint.json"
+FORGET = "sync; echo 3 > /proc/sys/vm/drop_caches"
 
 
 def make(folder):
@@ -35,8 +37,8 @@ def make(folder):
         content = dice.randbytes(length(60_000, 2_000_000))
         for _ in range(dice.choice([2, 2, 2, 3, 5])):
             write(content)
-    for _ in range(6):  # large copies
-        content = dice.randbytes(length(20_000_000, 50_000_000))
+    for size in (20_000_000, 30_000_000, 100_000_000):  # large copies
+        content = dice.randbytes(size)
         write(content)
         write(content)
     for _ in range(120):  # equal sizes
@@ -55,16 +57,14 @@ def make(folder):
     os.sync()
 
 
-def finders(folder, programs):
-    """Name, command, and how to read the sets from its output."""
-    report = os.path.join(tempfile.gettempdir(), "rmlint.json")
-    return [
-        ("DuplicateScanner", [programs + "/FindDuplicates", folder], sets_of_scanner),
-        ("bare comparison", [programs + "/BareComparison", folder], None),
-        ("jdupes", ["jdupes", "-r", "-q", folder], sets_of_blocks),
-        ("fdupes", ["fdupes", "-r", "-q", folder], sets_of_blocks),
-        ("rmlint", ["rmlint", "-T", "df", "-o", "json:" + report, folder], lambda _: sets_of_report(report)),
-    ]
+# Name, command, and how to read the sets from its output.
+FINDERS = [
+    ("DuplicateScanner", [TOOLS + "FindDuplicates", CORPUS], lambda output: sets_of_scanner(output)),
+    ("bare comparison", [TOOLS + "BareComparison", CORPUS], None),
+    ("jdupes -r -q", ["jdupes", "-r", "-q", CORPUS], lambda output: sets_of_blocks(output)),
+    ("fdupes -r -q", ["fdupes", "-r", "-q", CORPUS], lambda output: sets_of_blocks(output)),
+    ("rmlint -T df", ["rmlint", "-T", "df", "-o", "json:" + REPORT, CORPUS], lambda _: sets_of_report()),
+]
 
 
 def sets_of_scanner(output):
@@ -77,65 +77,50 @@ def sets_of_scanner(output):
 
 
 def sets_of_blocks(output):
-    return frozenset(frozenset(block.split("\n")) for block in output.strip().split("\n\n"))
+    return frozenset(frozenset(map(os.path.realpath, block.split("\n"))) for block in output.strip().split("\n\n"))
 
 
-def sets_of_report(report):
+def sets_of_report():
     sets = {}
-    with open(report) as file:
+    with open(REPORT) as file:
         for entry in json.load(file):
             if entry.get("type") == "duplicate_file":
-                sets.setdefault(entry["checksum"], set()).add(entry["path"])
+                sets.setdefault(entry["checksum"], set()).add(os.path.realpath(entry["path"]))
     return frozenset(map(frozenset, sets.values()))
 
 
-def timed(command, output=subprocess.DEVNULL):
-    """Seconds, processor seconds and peak memory in MiB."""
-    begun = time.perf_counter()
-    child = subprocess.Popen(command, stdout=output, stderr=subprocess.DEVNULL)
-    _, _, usage = os.wait4(child.pid, 0)
-    seconds = time.perf_counter() - begun
-    return seconds, usage.ru_utime + usage.ru_stime, usage.ru_maxrss / 1024
+def prove_same_sets():
+    answers = {name: read(subprocess.run(command, capture_output=True, text=True, check=True).stdout)
+               for name, command, read in FINDERS if read}
+    ours = answers["DuplicateScanner"]
+    for name, sets in answers.items():
+        if sets != ours:
+            sys.exit(f"{name} finds other sets")
+    print(f"{len(ours)} sets, {sum(map(len, ours)) - len(ours)} copies, the same for all")
 
 
-def forget_cache():
-    os.sync()
-    with open("/proc/sys/vm/drop_caches", "w") as file:
-        file.write("3")
+def take_turns(title, before, rounds, contenders):
+    print(f"\n{title}, {rounds} rounds:\n", flush=True)
+    arguments = [word for name, command in contenders for word in (name, shlex.join(command))]
+    subprocess.run([TOOLS + "Rounds", str(rounds), before, *arguments], check=True)
 
 
-def compare(title, contestants, rounds, before=lambda: None):
-    figures = {name: [] for name, _ in contestants}
-    for _ in range(rounds):
-        for name, command in contestants:
-            before()
-            figures[name].append(timed(command))
-    ours = statistics.median(f[0] for f in figures[contestants[0][0]])
-    print(f"\n{title}, medians of {rounds} rounds in turn\n")
-    print("| | seconds | processor seconds | peak MiB | first / this |\n|---|---:|---:|---:|---:|")
-    for name, measured in figures.items():
-        seconds, processor, memory = (statistics.median(column) for column in zip(*measured))
-        print(f"| {name} | {seconds:.3f} | {processor:.3f} | {memory:.0f} | {ours / seconds:.2f} |", flush=True)
-
-
-def run(folder, programs):
-    folder = os.path.realpath(folder)
-    all_finders = finders(folder, programs)
-    answers = {name: read(subprocess.run(command, capture_output=True, text=True).stdout)
-               for name, command, read in all_finders if read}
-    reference = answers.pop("DuplicateScanner")
-    print(f"{len(reference)} sets, {sum(map(len, reference)) - len(reference)} copies;",
-          ", ".join(f"{name}: {'same' if sets == reference else 'OTHER'} sets" for name, sets in answers.items()))
-    commands = [(name, command) for name, command, _ in all_finders]
-    largest = max((os.path.join(place, name) for place, _, names in os.walk(folder) for name in names),
-                  key=os.path.getsize)
-    hashes = [("Hasher64", [programs + "/HashFile", largest]), ("openssl", ["openssl", "dgst", "-sha256", largest])]
-    compare("Duplicates, warm", commands, ROUNDS["warm"])
-    compare(f"Hash of {os.path.getsize(largest) / 1e6:.0f} MB, warm", hashes, ROUNDS["warm"])
-    if os.geteuid() == 0:
-        compare("Duplicates, cold", commands, ROUNDS["cold"], forget_cache)
-        compare("Hash, cold", hashes, ROUNDS["cold"], forget_cache)
+def main(rounds=7, cold_rounds=5):
+    os.chdir(os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."))
+    if not os.path.exists(CORPUS + ".done"):
+        make(CORPUS)
+        open(CORPUS + ".done", "w").close()
+    prove_same_sets()
+    finders = [(name, command) for name, command, _ in FINDERS]
+    files = (os.path.join(place, name) for place, _, names in os.walk(CORPUS) for name in names)
+    largest = max(files, key=os.path.getsize)
+    hashes = [("Hasher64", [TOOLS + "HashFile", largest]), ("openssl", ["openssl", "dgst", "-sha256", largest])]
+    take_turns("Duplicates, warm", "", rounds, finders)
+    take_turns(f"Hash of {os.path.getsize(largest) / 1e6:.0f} MB, warm", "", rounds, hashes)
+    if os.geteuid() == 0 and sys.platform == "linux":
+        take_turns("Duplicates, cold", FORGET, cold_rounds, finders)
+        take_turns("Hash, cold", FORGET, cold_rounds, hashes)
 
 
 if __name__ == "__main__":
-    {"make": make, "run": run}[sys.argv[1]](*sys.argv[2:])
+    main(*map(int, sys.argv[1:]))
