@@ -1,0 +1,197 @@
+#include "CleanerCore/Process/Shell.h"
+#include "CleanerCore/Removal/AdminRunner.h"
+#include "CleanerCore/Removal/PrivilegedSession.h"
+#include "CleanerCore/Support/Concurrent.h"
+#include "tests/Support/ScriptedTools.h"
+#include "tests/Support/Waiting.h"
+
+#include <fmt/format.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+
+namespace loftmere::test {
+
+namespace fs = std::filesystem;
+using Session = PrivilegedSession;
+
+namespace {
+
+constexpr const char* cancelling =
+    "echo 'Error executing command as another user: Request dismissed' >&2; exit 126";
+
+// A session whose prompt tool is a stand-in that agrees at once, and whose helper may remove below "allowed".
+class PrivilegedSessionTests : public testing::Test {
+protected:
+    PrivilegedSessionTests() {
+        tools.remove("osascript");
+        tools.add("pkexec", "exec \"$@\"");
+    }
+    ~PrivilegedSessionTests() override { session.end(); }
+
+    Session::Settings settings(const std::string& more = "") const {
+        return {.folder = home.at("a 'quoted' folder/priv"),
+                .prompt = runAsAdministrator,
+                .helperSettings =
+                    fmt::format("READ_LIMIT=0.1\nHOME_={0}\nALLOWED_ROOTS+=(\"$HOME_/allowed/\")\n"
+                                "echo $$ >\"$HOME_/helper.pid\"\npurge() {{ echo freed; }}\n",
+                                home.path()) +
+                    more,
+                .limit = std::nullopt};
+    }
+    std::string priv(const std::string& name) const { return home.at("a 'quoted' folder/priv/" + name); }
+    size_t prompts() const { return tools.calls("pkexec").size(); }
+    pid_t helper() const {
+        pid_t pid = 0;
+        std::ifstream(home.at("helper.pid")) >> pid;
+        return pid;
+    }
+    static fs::perms mode(const std::string& path) { return fs::status(path).permissions(); }
+
+    TemporaryHome home;
+    ScriptedTools tools;
+    Session session{settings()};
+};
+
+double secondsOf(const auto& body) {
+    const auto start = std::chrono::steady_clock::now();
+    body();
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+} // namespace
+
+TEST_F(PrivilegedSessionTests, AsksOnceForAsLongAsItLasts) {
+    EXPECT_FALSE(session.isActive());
+    concurrentPerform(4, 4, [&](size_t) { EXPECT_EQ(session.run(Session::Purge{}).out, "freed"); });
+    EXPECT_TRUE(session.isActive());
+    ASSERT_EQ(prompts(), 1);
+    EXPECT_EQ(tools.calls("pkexec")[0].back(), "Ostrel Loftmere needs permission once for this session.");
+    EXPECT_EQ(mode(priv("")), fs::perms::owner_all);
+    EXPECT_EQ(mode(priv("helper.sh")), fs::perms::owner_all);
+    for (const char* pipe : {"cmd", "out"}) {
+        EXPECT_EQ(mode(priv(pipe)), fs::perms::owner_read | fs::perms::owner_write);
+    }
+
+    const Shell::Result refused = session.run(Session::Remove{{"/etc/no such thing"}});
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_EQ(refused.out, "");
+    EXPECT_EQ(refused.err, "ERR refused /etc/no such thing");
+    EXPECT_EQ(session.run(Session::Kill{.pid = ::getpid(), .signal = 0}).status, 0);
+    EXPECT_EQ(session.run(Session::Kill{.pid = -5, .signal = 9}).err, "ERR bad-args");
+
+    session.end();
+    EXPECT_FALSE(session.isActive());
+    EXPECT_FALSE(fs::exists(priv("")));
+    EXPECT_EQ(session.run(Session::Purge{}).out, "freed");
+    ASSERT_EQ(prompts(), 2);
+    EXPECT_NE(tools.calls("pkexec")[0][2], tools.calls("pkexec")[1][2]) << "each session has its own token";
+}
+
+TEST_F(PrivilegedSessionTests, RemovesManyPathsInOneRequest) {
+    std::vector<std::string> paths;
+    for (int i = 0; i < 250; ++i) {
+        paths.push_back(home.file(fmt::format("allowed/{}{}", std::string(240, 'n'), i), ""));
+    }
+    const Shell::Result result = AdminRunner::remove(paths, session);
+    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_EQ(result.out, "removed 250");
+    EXPECT_TRUE(fs::is_empty(home.at("allowed")));
+    EXPECT_EQ(prompts(), 1);
+    EXPECT_TRUE(AdminRunner::remove({}, session).ok());
+}
+
+TEST_F(PrivilegedSessionTests, FallsBackWhenThePromptIsCancelled) {
+    tools.add("pkexec", cancelling);
+    const std::string plist = "/Library/LaunchDaemons/it's.plist";
+    const Shell::Result result = AdminRunner::remove({plist, "/Library/Caches/x"}, session);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.out, "");
+    EXPECT_EQ(result.err, "The administrator helper could not be started");
+    const auto calls = tools.calls("pkexec");
+    ASSERT_EQ(calls.size(), 3) << "a session, the one command that unloads the daemon, a session again";
+    EXPECT_EQ(calls[1],
+              (std::vector<std::string>{
+                  "/bin/sh", "-c", R"(/bin/launchctl bootout system '/Library/LaunchDaemons/it'\''s.plist')",
+                  "Ostrel Loftmere: stop a background item"}));
+    EXPECT_TRUE(fs::exists(priv("cmd"))) << "what a cancelled prompt leaves stays until the next start";
+
+    tools.add("pkexec", "[[ $3 != *helper.sh* ]] && echo done");
+    const struct {
+        Session::Operation operation;
+        std::string command;
+        std::string purpose;
+    } rows[] = {
+        {Session::Kill{.pid = 77, .signal = 15}, "/bin/kill -15 77", "quit an app"},
+        {Session::Maintenance{Session::Script::rebuildSpotlight}, "/usr/bin/updatedb", "run maintenance"},
+        {Session::Purge{}, "/usr/sbin/sysctl -q -w vm.drop_caches=1", "free inactive memory"},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(session.run(row.operation).out, "done\n");
+        EXPECT_EQ(
+            tools.calls("pkexec").back(),
+            (std::vector<std::string>{"/bin/sh", "-c", row.command, "Ostrel Loftmere: " + row.purpose}));
+    }
+    EXPECT_FALSE(session.isActive()) << "and the lock is free";
+}
+
+TEST_F(PrivilegedSessionTests, StartsAnewWhenTheHelperIsGone) {
+    session.run(Session::Purge{});
+    ::kill(helper(), SIGKILL);
+    EXPECT_EQ(session.run(Session::Purge{}).out, "freed");
+    EXPECT_EQ(prompts(), 2);
+
+    // It dies while it works, at each attempt: noticed at once, not when five minutes have passed.
+    Session dying(settings("remove() { kill -KILL $$; }\n"));
+    const std::string path = home.file("allowed/file", "");
+    Shell::Result result;
+    EXPECT_LT(secondsOf([&] { result = dying.run(Session::Remove{{path}}); }), 10);
+    EXPECT_EQ(result.err, "The administrator helper could not be started");
+    EXPECT_EQ(prompts(), 3);
+}
+
+TEST_F(PrivilegedSessionTests, NeverTakesALateReplyForAnother) {
+    Session::Settings slow = settings("trap 'echo x >>\"$HOME_/ended\"' EXIT\n"
+                                      "purge() { if mkdir \"$HOME_/first\"; then\n"
+                                      "until [ -e \"$HOME_/go\" ]; do sleep 0.01; done; echo first\n"
+                                      "else echo second; fi 2>/dev/null; }\n");
+    slow.limit = 1;
+    Session given(slow);
+    const Session::Kill nothing{.pid = ::getpid(), .signal = 0};
+    EXPECT_TRUE(given.run(nothing).ok());
+    EXPECT_EQ(given.run(Session::Purge{}).out, "second") << "the silent helper is given up";
+    EXPECT_EQ(prompts(), 2);
+    home.file("go", "");
+    EXPECT_TRUE(comesTrue([&] { return fs::exists(home.at("ended")); })) << "the first has nobody to serve";
+    EXPECT_EQ(given.run(nothing).out, "");
+    EXPECT_EQ(given.run(Session::Purge{}).out, "second");
+
+    // A helper that did not answer in time whether it lives answers later, and goes on serving.
+    ::kill(helper(), SIGSTOP);
+    EXPECT_FALSE(given.isActive());
+    ::kill(helper(), SIGCONT);
+    EXPECT_EQ(given.run(Session::Purge{}).out, "second");
+    EXPECT_TRUE(given.isActive());
+    EXPECT_EQ(prompts(), 2);
+    given.end();
+}
+
+TEST_F(PrivilegedSessionTests, AsksWithTheFirstToolThatIsThere) {
+    tools.add("osascript");
+    AdminRunner::oneShot(R"(echo "a\b")", "say \"hello\"");
+    EXPECT_EQ(
+        tools.calls("osascript").back(),
+        (std::vector<std::string>{"-e", R"(do shell script "echo \"a\\b\"" with administrator privileges )"
+                                        R"(with prompt "Ostrel Loftmere: say \"hello\"")"}));
+    tools.remove("osascript");
+    tools.add("pkexec", cancelling);
+    EXPECT_EQ(AdminRunner::oneShot("true", "try").err, "User canceled");
+    tools.remove("pkexec");
+    EXPECT_EQ(AdminRunner::oneShot("true", "try").status, 127);
+    EXPECT_EQ(session.run(Session::Remove{{"/Library/Caches/x"}}).status, 1);
+}
+
+} // namespace loftmere::test
