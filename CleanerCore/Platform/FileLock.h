@@ -1,5 +1,6 @@
 #pragma once
 
+#include "CleanerCore/Platform/Place.h"
 #include "CleanerCore/Platform/posix/FileDescriptor.h"
 
 #include <optional>
@@ -7,15 +8,24 @@
 
 namespace loftmere {
 
-// An advisory lock on a file, held by one process at a time until it is released, destroyed, or the process
-// ends. The file stays on disk for good: it is its lock, not its presence, that counts.
+// An advisory lock, held by one owner at a time until it is released, destroyed, or the process ends. Any
+// thread.
 class FileLock {
 public:
-    // Makes the parent folder and the file where they are missing. Absent when another holds the lock or when
-    // the file cannot be opened; never waits. Any thread.
+    // On a file that stays on disk for good: it is its lock, not its presence, that counts. Makes the parent
+    // folder and the file where they are missing. Absent when another holds the lock or when the file cannot
+    // be opened; never waits.
     static std::optional<FileLock> acquire(const std::string& path);
 
-    void release() { fd_.reset(); }
+    // On the folder that stands at a place. Absent when another holds the lock or when there is no such
+    // folder; a file system without locks for folders keeps nobody out.
+    static std::optional<FileLock> acquireFolder(const Place& place);
+
+    ~FileLock() { release(); }
+    FileLock(FileLock&&) noexcept = default;
+    FileLock& operator=(FileLock&&) noexcept = default;
+
+    void release();
 
 private:
     explicit FileLock(FileDescriptor fd) : fd_(std::move(fd)) {}

@@ -31,6 +31,9 @@ public:
     // The item itself, a link not followed; the errno value on failure.
     std::expected<FileStatus, int> status() const;
 
+    // Whether the folders of the two are on volumes that are known to differ.
+    bool isOnAnotherVolume(const Place& other) const;
+
     // Another name in the same folder. `name` must be a single component.
     Place beside(const std::string& name) const;
 

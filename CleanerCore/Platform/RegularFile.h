@@ -30,6 +30,9 @@ public:
     // Tells the system that these bytes will be wanted soon. Answers at once; a hint, so it never fails.
     void expect(int64_t offset, int64_t length) const;
 
+    // For libraries that read by themselves; open as long as this object lives.
+    int descriptor() const { return fd_.get(); }
+
 private:
     explicit RegularFile(FileDescriptor fd) : fd_(std::move(fd)) {}
 

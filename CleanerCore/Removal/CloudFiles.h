@@ -1,5 +1,6 @@
 #pragma once
 
+#include "CleanerCore/Platform/Place.h"
 #include "CleanerCore/Support/Result.h"
 
 #include <array>
@@ -21,11 +22,14 @@ std::string providerName(const std::string& path, const std::string& home);
 
 // Whether the file's content is held in the cloud only. Where the system does not know, a file that is not
 // there counts as such.
-bool isDataless(const std::string& path);
+bool isDataless(const Place& place);
 
-// Removes a synced item in step with its provider, trying up to `attempts` times (at least once) with growing
-// pauses (0.25 seconds, doubled each time), and with it the placeholder that an offloaded file leaves. Fails
-// with the last error. Sleeps on the calling thread.
-Status remove(const std::string& path, int attempts);
+// The file that iCloud leaves in place of one whose content it has taken away: ".{name}.icloud" beside it.
+Place placeholder(const Place& place);
+
+// Removes a synced item in step with its provider, and with it the placeholder. Tries up to `attempts` times,
+// at least once, with pauses of 0.25 seconds, doubled each time. Fails with the last error, also when the
+// item keeps coming back. Sleeps on the calling thread.
+Status remove(const Place& place, int attempts);
 
 } // namespace loftmere::CloudFiles

@@ -30,10 +30,6 @@ bool ComparedFile::read(int64_t offset, std::span<std::byte> block) {
     return file && file->read(offset, block) == block.size();
 }
 
-void ComparedFile::expect(int64_t offset, int64_t length) const {
-    if (file_) file_->expect(offset, length);
-}
-
 void ComparedFile::dropChangedNames() {
     std::erase_if(names_, [](const ListedFile* name) {
         const auto now = linkStatus(name->path);

@@ -33,9 +33,6 @@ public:
     // opened for this one call.
     bool read(int64_t offset, std::span<std::byte> block);
 
-    // Tells the system which bytes of the open file will be wanted soon.
-    void expect(int64_t offset, int64_t length) const;
-
     // Drops the names that no longer lead to the file as it was listed.
     void dropChangedNames();
 

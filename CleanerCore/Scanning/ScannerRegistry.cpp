@@ -1,6 +1,8 @@
 #include "CleanerCore/Scanning/ScannerRegistry.h"
 
+#include "CleanerCore/Scanning/Scanners/CloudLocalCopiesScanner.h"
 #include "CleanerCore/Scanning/Scanners/CrashReportsScanner.h"
+#include "CleanerCore/Scanning/Scanners/DockerScanner.h"
 #include "CleanerCore/Scanning/Scanners/DuplicateScanner.h"
 #include "CleanerCore/Scanning/Scanners/IOSBackupsScanner.h"
 #include "CleanerCore/Scanning/Scanners/IOSUpdatesScanner.h"
@@ -9,9 +11,14 @@
 #include "CleanerCore/Scanning/Scanners/LogsScanner.h"
 #include "CleanerCore/Scanning/Scanners/MailDownloadsScanner.h"
 #include "CleanerCore/Scanning/Scanners/OldDownloadsScanner.h"
+#include "CleanerCore/Scanning/Scanners/PackageCachesScanner.h"
+#include "CleanerCore/Scanning/Scanners/ProjectArtifactsScanner.h"
 #include "CleanerCore/Scanning/Scanners/SavedStateScanner.h"
+#include "CleanerCore/Scanning/Scanners/SimilarPhotosScanner.h"
+#include "CleanerCore/Scanning/Scanners/SimulatorScanner.h"
 #include "CleanerCore/Scanning/Scanners/TrashScanner.h"
 #include "CleanerCore/Scanning/Scanners/UserCachesScanner.h"
+#include "CleanerCore/Scanning/Scanners/XcodeScanner.h"
 
 namespace loftmere::ScannerRegistry {
 
@@ -34,12 +41,19 @@ Scanners all() {
         TrashScanner,
         SavedStateScanner,
         MailDownloadsScanner,
+        XcodeScanner,
+        SimulatorScanner,
+        ProjectArtifactsScanner,
+        PackageCachesScanner,
+        DockerScanner,
         IOSBackupsScanner,
         IOSUpdatesScanner,
         OldDownloadsScanner,
         InstallersScanner,
         LargeOldFilesScanner,
-        DuplicateScanner
+        DuplicateScanner,
+        SimilarPhotosScanner,
+        CloudLocalCopiesScanner
     >();
     // clang-format on
 }

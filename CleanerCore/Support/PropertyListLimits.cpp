@@ -36,6 +36,7 @@ private:
     std::optional<Object> object(uint64_t index) const;
     std::optional<size_t> cost(uint64_t index, int depth);
     std::optional<Measure> measure(const Object& object, int depth);
+    bool isKey(uint64_t index) const;
 
     std::string_view text_;
     size_t offsetWidth_ = 0;
@@ -112,12 +113,24 @@ std::optional<ObjectTable::Measure> ObjectTable::measure(const Object& object, i
     for (size_t i = 0; i < references; ++i) {
         const auto index = number(object.content + i * referenceWidth_, referenceWidth_);
         const auto below = index ? cost(*index, depth + 1) : std::nullopt;
-        if (!below) return std::nullopt;
+        if (!below || (isDictionary && i < object.count && !isKey(*index))) return std::nullopt;
         sum.cost += *below;
         sum.height = std::max(sum.height, 1 + known_[static_cast<size_t>(*index)]->height);
         if (sum.cost > unfoldedBytes) return std::nullopt;
     }
     return sum;
+}
+
+// A text without a zero character: the library takes keys for C strings and ends the program when one is not.
+bool ObjectTable::isKey(uint64_t index) const {
+    const auto text = object(index);
+    if (!text || (text->kind != 0x5 && text->kind != 0x6)) return false;
+    const size_t width = text->kind == 0x6 ? 2 : 1;
+    for (size_t i = 0; i < text->count; ++i) {
+        const auto unit = number(text->content + i * width, width);
+        if (!unit || *unit == 0) return false;
+    }
+    return true;
 }
 
 // The position after the next `end`.
@@ -143,6 +156,17 @@ bool mayHideTags(std::string_view tag) {
            (tag.starts_with('!') && tag.find('[') != std::string_view::npos);
 }
 
+// Whether a character is told by a number that is, or may overflow to, zero.
+bool namesZero(std::string_view text) {
+    for (size_t at = text.find("&#"); at < text.size(); at = text.find("&#", at)) {
+        at += text.substr(at + 2).starts_with('x') ? 3 : 2;
+        at = std::min(text.find_first_not_of('0', at), text.size());
+        const size_t end = std::min(text.find_first_not_of("0123456789abcdefABCDEF", at), text.size());
+        if (end == at || end - at > 7) return true;
+    }
+    return false;
+}
+
 // Where a stretch that holds no tags ends, if one begins at `at`.
 std::optional<size_t> endOfTagless(std::string_view text, size_t at) {
     const std::string_view rest = text.substr(at);
@@ -164,6 +188,7 @@ bool allowsBinary(std::string_view text) {
 }
 
 bool allowsXML(std::string_view text) {
+    if (text.find('\0') != std::string_view::npos || namesZero(text)) return false;
     int level = 0;
     for (size_t at = text.find('<'); at < text.size(); at = text.find('<', at)) {
         if (const auto end = endOfTagless(text, at)) {

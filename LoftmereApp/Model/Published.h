@@ -36,7 +36,7 @@ public:
 private:
     using List = std::map<int, std::function<void()>>;
 
-    const MainThread* main_;
+    [[maybe_unused]] const MainThread* main_; // asked in builds with assertions only
     std::shared_ptr<List> list_ = std::make_shared<List>();
     int next_ = 0;
 };

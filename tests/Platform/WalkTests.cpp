@@ -250,7 +250,7 @@ TEST(Walk, manyAtOnceShareTheHelpers) {
         });
     }
     for (std::thread& caller : callers) caller.join();
-    EXPECT_LE(most, 12 + 8 + 2); // the callers, the helpers, the main thread and a sanitizer's own
+    EXPECT_LE(most, 12 + 24 + 2); // the callers, the helpers, the main thread and a sanitizer's own
 }
 
 } // namespace loftmere::test

@@ -166,7 +166,7 @@ TEST(ShellTests, RunsSideBySideWithoutLeaks) {
     const int foreign = ::dup2(STDERR_FILENO, 97);
     sigset_t blocked;
     sigset_t former;
-    ::sigfillset(&blocked);
+    sigfillset(&blocked);
     ::pthread_sigmask(SIG_BLOCK, &blocked, &former);
     const auto pipeHandler = ::signal(SIGPIPE, SIG_IGN);
     const size_t before = openDescriptors();

@@ -85,6 +85,17 @@ TEST(PropertyList, HostileInputIsRefused) {
     EXPECT_TRUE(PropertyList::parse(binary({arrayOf(2, 1), "\x08"})));
     EXPECT_FALSE(PropertyList::parse(binary({arrayOf(1, 1), arrayOf(1, 0)}))) << "a cycle";
     EXPECT_FALSE(PropertyList::parse(binary({arrayOf(1, 7)}))) << "no such object";
+    EXPECT_TRUE(PropertyList::parse(binary({std::string("\xD1\x01\x02"),
+                                            "\x52"
+                                            "ab",
+                                            "\x08"})));
+    EXPECT_FALSE(PropertyList::parse(binary({"\xD1\x01\x02",
+                                             std::string("\x52"
+                                                         "a\0",
+                                                         3),
+                                             "\x08"})))
+        << "a NUL in a key";
+    EXPECT_FALSE(PropertyList::parse("<plist><dict><key>a&#x0;b</key><true/></dict></plist>"));
     std::vector<std::string> doubling;
     for (int i = 1; i <= 60; ++i) doubling.push_back(arrayOf(14, i));
     doubling.emplace_back("\x08");

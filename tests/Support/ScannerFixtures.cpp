@@ -1,5 +1,6 @@
 #include "tests/Support/ScannerFixtures.h"
 
+#include "CleanerCore/Platform/FileContent.h"
 #include "CleanerCore/Platform/TreeWalk.h"
 
 #include <algorithm>
@@ -64,9 +65,41 @@ void fillLargeOldFiles(const TemporaryHome& home) {
     home.fileOfSize("Films/Raw/holiday.mov", 2 << 20);
 }
 
+void fillXcode(const TemporaryHome& home) {
+    home.fileOfSize("Library/Developer/Xcode/DerivedData/Viewer-abc/Build/viewer.o", 9000);
+    home.fileOfSize("Library/Developer/Xcode/Archives/2025-01-01/Viewer.xcarchive/Info.plist", 900);
+}
+
+void fillSimulators(const TemporaryHome& home) {
+    home.fileOfSize("Library/Developer/Xcode/iOS DeviceSupport/17.2/Symbols", 9000);
+    home.fileOfSize("Library/Developer/Xcode/iOS DeviceSupport/9.3/Symbols", 9000);
+    home.fileOfSize("Library/Developer/CoreSimulator/Caches/dyld/cache", 9000);
+}
+
+void fillProjects(const TemporaryHome& home) {
+    home.file("Projects/viewer/package.json", "{}");
+    home.fileOfSize("Projects/viewer/node_modules/left/index.js", 700002);
+    home.fileOfSize("Projects/viewer/node_modules/right/index.js", 700003);
+}
+
+void fillPackageCaches(const TemporaryHome& home) {
+    home.fileOfSize("Library/Caches/pip/http/one", 700000);
+    home.fileOfSize("Library/Caches/pip/http/two", 700001);
+}
+
 void fillDuplicates(const TemporaryHome& home) {
     home.file("Documents/plan.bin", std::string(600000, 'p'));
     home.file("Music/plan copy.bin", std::string(600000, 'p'));
+}
+
+void fillCloudCopies(const TemporaryHome& home) {
+    home.fileOfSize("Library/Mobile Documents/com~apple~CloudDocs/film.mov", 26 << 20);
+}
+
+void fillPhotos(const TemporaryHome& home) {
+    const std::string pictures = LOFTMERE_SOURCE_DIR "/tests/Scanning/photos/";
+    home.file("Pictures/walk.jpg", readFile(pictures + "grey.jpg").value_or(""));
+    home.file("Documents/Letters/walk.jpg", readFile(pictures + "grey.jpg").value_or(""));
 }
 
 // clang-format off
@@ -77,12 +110,19 @@ constexpr ScannerFixture fixtures[] = {
     {trash,         fillTrash,         ".Trash/folder", true, false},
     {savedAppState, fillSavedState,    "Library/Saved Application State/com.example.viewer.savedState"},
     {mailDownloads, fillMailDownloads, "Library/Containers/com.apple.mail/Data/Library/Mail Downloads/1A2B"},
+    {xcode,         fillXcode,         "Library/Developer/Xcode/DerivedData/Viewer-abc"},
+    {simulators,    fillSimulators,    "Library/Developer/CoreSimulator/Caches/dyld"},
+    {projectArtifacts, fillProjects,   "Projects/viewer/node_modules/left"},
+    {packageCaches, fillPackageCaches, "Library/Caches/pip/http"},
+    {docker,        [](auto&) {},      nullptr, false, false},
     {iosBackups,    fillBackups,       "Library/Application Support/MobileSync/Backup/00008030"},
     {iosUpdates,    fillFirmware,      "Library/iTunes/iPhone Software Updates/partial.ipsw"},
     {oldDownloads,  fillOldDownloads,  "Downloads/archive"},
     {installers,    fillInstallers,    "Desktop/Editor.mpkg"},
     {largeOldFiles, fillLargeOldFiles},
     {duplicates,    fillDuplicates},
+    {similarPhotos, fillPhotos},
+    {cloudLocalCopies, fillCloudCopies},
 };
 // clang-format on
 

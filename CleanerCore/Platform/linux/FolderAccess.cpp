@@ -37,7 +37,7 @@ FileDescriptor openBase(int at, const char* path, Links links) {
         calls::open(at, path, O_PATH | O_DIRECTORY | (links == Links::refuse ? O_NOFOLLOW : 0)));
 }
 
-FileDescriptor openSubfolder(int at, const char* name) {
+FileDescriptor openForRemoval(int at, const char* name) {
     if (!calls::permitted(calls::Call::open)) return FileDescriptor();
     open_how how{};
     how.flags = listingFlags;

@@ -11,7 +11,7 @@ FileDescriptor openBase(int at, const char* path, Links links) {
         calls::open(at, path, O_SEARCH | O_DIRECTORY | (links == Links::refuse ? O_NOFOLLOW : 0)));
 }
 
-FileDescriptor openSubfolder(int at, const char* name) {
+FileDescriptor openForRemoval(int at, const char* name) {
     FileDescriptor folder(calls::open(at, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_NONBLOCK));
     struct stat inner{};
     struct stat outer{};

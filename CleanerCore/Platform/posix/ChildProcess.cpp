@@ -49,9 +49,9 @@ struct SpawnPlan {
         if (const int error = closeAllButStandardStreams(actions, flags)) return error;
         sigset_t none;
         sigset_t all;
-        ::sigemptyset(&none);
-        ::sigfillset(&all);
-        for (const int fixed : {SIGKILL, SIGSTOP}) ::sigdelset(&all, fixed);
+        sigemptyset(&none);
+        sigfillset(&all);
+        for (const int fixed : {SIGKILL, SIGSTOP}) sigdelset(&all, fixed);
         ::posix_spawnattr_setsigmask(&attributes, &none);
         ::posix_spawnattr_setsigdefault(&attributes, &all);
         return ::posix_spawnattr_setflags(&attributes, flags);

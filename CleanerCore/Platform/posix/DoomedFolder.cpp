@@ -42,7 +42,7 @@ void DoomedFolder::close() {
 bool DoomedFolder::reopenFrom(const DoomedFolder& inner) {
     if (stream) return true;
     if (inner.descriptor() < 0) return false;
-    FileDescriptor folder = openSubfolder(inner.descriptor(), "..");
+    FileDescriptor folder = openForRemoval(inner.descriptor(), "..");
     struct stat found{};
     if (!folder || ::fstat(folder.get(), &found) != 0) return false;
     if (found.st_dev != identity.st_dev || found.st_ino != identity.st_ino) return false;
@@ -63,14 +63,14 @@ void DoomedFolder::restoreMode() const {
 }
 
 FileDescriptor openDoomed(int parent, const char* name, std::optional<mode_t>& formerMode) {
-    FileDescriptor folder = openSubfolder(parent, name);
+    FileDescriptor folder = openForRemoval(parent, name);
     struct stat status{};
     if (folder || errno != EACCES) return folder;
     const bool ours =
         ::fstatat(parent, name, &status, AT_SYMLINK_NOFOLLOW) == 0 && isOursWithoutRights(status);
     if (ours && calls::changeModeAt(parent, name, withRights(status)) == 0) {
         formerMode = status.st_mode & 07777;
-        return openSubfolder(parent, name);
+        return openForRemoval(parent, name);
     }
     errno = EACCES;
     return folder;

@@ -15,4 +15,16 @@ std::optional<FileLock> FileLock::acquire(const std::string& path) {
     return FileLock(std::move(fd));
 }
 
+std::optional<FileLock> FileLock::acquireFolder(const Place& place) {
+    FileDescriptor fd(calls::open(place.folder(), place.name().c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW));
+    if (!fd || (::flock(fd.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK)) return std::nullopt;
+    return FileLock(std::move(fd));
+}
+
+void FileLock::release() {
+    // Closing alone would not do while a child process that is just being started shares the descriptor.
+    if (fd_) ::flock(fd_.get(), LOCK_UN);
+    fd_.reset();
+}
+
 } // namespace loftmere

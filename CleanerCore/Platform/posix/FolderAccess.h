@@ -15,7 +15,7 @@ FileDescriptor openBase(int at, const char* path, Links links);
 
 // Opens a folder of the folder `at` for listing: no link is followed (ENOTDIR or ELOOP), and no other volume
 // is entered that is mounted there (EXDEV).
-FileDescriptor openSubfolder(int at, const char* name);
+FileDescriptor openForRemoval(int at, const char* name);
 
 // The path of an open folder without links; empty when the system cannot tell, as for one deeper than paths
 // may be long.

@@ -28,8 +28,8 @@ constexpr short gone = POLLERR | POLLHUP | POLLNVAL; // at a pipe's writing end:
 class BrokenPipeGuard {
 public:
     BrokenPipeGuard() {
-        ::sigemptyset(&brokenPipe_);
-        ::sigaddset(&brokenPipe_, SIGPIPE);
+        sigemptyset(&brokenPipe_);
+        sigaddset(&brokenPipe_, SIGPIPE);
         wasPending_ = isPending();
         ::pthread_sigmask(SIG_BLOCK, &brokenPipe_, &former_);
     }
@@ -45,9 +45,9 @@ public:
 private:
     static bool isPending() {
         sigset_t pending;
-        ::sigemptyset(&pending);
+        sigemptyset(&pending);
         ::sigpending(&pending);
-        return ::sigismember(&pending, SIGPIPE) == 1;
+        return sigismember(&pending, SIGPIPE) == 1;
     }
 
     sigset_t brokenPipe_;

@@ -12,7 +12,7 @@
 
 namespace loftmere {
 
-FileDescriptor openSubfolder(int folder, const char* name) {
+FileDescriptor openListedFolder(int folder, const char* name) {
     for (int attempt = 1;; ++attempt) {
         FileDescriptor opened = openQuietly(folder, name, O_DIRECTORY | O_NOFOLLOW);
         if (opened || (errno != EMFILE && errno != ENFILE) || attempt == 200) return opened;
@@ -149,7 +149,7 @@ bool PendingFolders::reopen(int node) {
     Folder folder = nodes_[node].folder;
     for (size_t left = way.size(); left > 0; --left) {
         Node& next = nodes_[way[left - 1]];
-        FileDescriptor opened = openSubfolder(folder->get(), next.name.c_str());
+        FileDescriptor opened = openListedFolder(folder->get(), next.name.c_str());
         if (!opened) return false;
         folder = std::make_shared<const FileDescriptor>(std::move(opened));
         if (next.waiting > 0 && left <= openLimit / 2) keepOpen(way[left - 1], folder);

@@ -73,11 +73,6 @@ Result<std::string> realPathOf(const FileDescriptor& folder, const std::string& 
     }
 }
 
-std::string_view withoutTrailingSlashes(std::string_view path) {
-    while (path.size() > 1 && path.ends_with('/')) path.remove_suffix(1);
-    return path;
-}
-
 } // namespace
 
 bool isEntryName(const std::string& name) {
@@ -108,6 +103,13 @@ Result<Place> Place::open(const std::string& path) {
 
 std::expected<FileStatus, int> Place::status() const {
     return statusAt(folder(), name_.c_str(), FinalLink::keep);
+}
+
+bool Place::isOnAnotherVolume(const Place& other) const {
+    struct stat mine{};
+    struct stat theirs{};
+    if (::fstat(folder(), &mine) != 0 || ::fstat(other.folder(), &theirs) != 0) return false;
+    return mine.st_dev != theirs.st_dev;
 }
 
 Place Place::beside(const std::string& name) const {

@@ -9,6 +9,7 @@
 
 #include <atomic>
 #include <condition_variable>
+#include <limits>
 #include <mutex>
 #include <system_error>
 #include <thread>
@@ -23,10 +24,11 @@ using Task = PendingFolders::Task;
 using Folder = PendingFolders::Folder;
 
 constexpr int64_t entriesPerQuestion = 2000;
+constexpr int64_t never = std::numeric_limits<int64_t>::max();
 
-// A cold disk answers faster when it is asked many things at once, whatever the number of processor cores;
-// the limit is for all walks of the process together.
-constexpr int helperLimit = 8;
+// A cold disk answers faster when it is asked many things at once, whatever the number of processor cores,
+// and threads that wait for it cost next to nothing; the limit is for all walks of the process together.
+constexpr int helperLimit = 24;
 
 // A helper pays for its start when this many folders wait for each one that works.
 constexpr size_t amountPerWorker = 24;
@@ -60,7 +62,8 @@ private:
     Folder look(Task& task, Desk& desk);
     bool leaveRest(Task& task, const Folder& folder);
     void measure(const Folder& folder, Desk& desk);
-    void ask();
+    void ask(int64_t number);
+    bool isStopped() const { return stoppedAt_ != never; }
 
     std::mutex mutex_; // guards all up to the blank line
     std::condition_variable changed_;
@@ -73,12 +76,14 @@ private:
     std::mutex asking_;
     const std::function<bool()>& cancel_;
     std::atomic<int64_t> seen_ = 0;
-    std::atomic<bool> isStopped_ = false;
+    // The number of the entry at which the walk was cancelled. Those before it count, whatever their thread.
+    std::atomic<int64_t> stoppedAt_ = never;
 };
 
 int64_t SizeWalk::run() {
     work();
-    // No helper is called once the calling thread has run out of work.
+    // Whoever is out of work has seen nothing pending and nobody busy, or the stop: no helper is called after
+    // that.
     for (std::thread& helper : helpers_) helper.join();
     return total_;
 }
@@ -102,7 +107,7 @@ void SizeWalk::work() {
 }
 
 std::optional<Task> SizeWalk::nextTask(std::unique_lock<std::mutex>& lock) {
-    while (!isStopped_) {
+    while (!isStopped()) {
         if (!pending_.empty()) {
             if (auto task = pending_.take()) {
                 ++busy_;
@@ -127,7 +132,7 @@ void SizeWalk::callHelper() {
         return;
     }
     const bool isWorthwhile = pending_.amount() >= amountPerWorker * (helpers_.size() + 1);
-    if (isStopped_ || !isWorthwhile || !claimHelper()) return;
+    if (isStopped() || !isWorthwhile || !claimHelper()) return;
     try {
         helpers_.emplace_back([this] {
             work();
@@ -143,12 +148,12 @@ void SizeWalk::callHelper() {
 Folder SizeWalk::look(Task& task, Desk& desk) {
     Folder folder = task.folder;
     if (!task.name.empty()) {
-        FileDescriptor opened = openSubfolder(task.folder->get(), task.name.c_str());
+        FileDescriptor opened = openListedFolder(task.folder->get(), task.name.c_str());
         if (!opened) return nullptr;
         folder = std::make_shared<const FileDescriptor>(std::move(opened));
     }
     bool isLeftToOthers = false;
-    while (!isLeftToOthers && !isStopped_ && desk.reader.read(folder->get())) {
+    while (!isLeftToOthers && !isStopped() && desk.reader.read(folder->get())) {
         isLeftToOthers = desk.reader.isFull() && leaveRest(task, folder);
         measure(folder, desk);
     }
@@ -168,8 +173,8 @@ void SizeWalk::measure(const Folder& folder, Desk& desk) {
     int64_t number = cancel_ ? seen_.fetch_add(desk.reader.count()) : 0;
     RawEntry entry;
     while (desk.reader.next(entry)) {
-        if (cancel_ && ++number % entriesPerQuestion == 0) ask();
-        if (isStopped_.load(std::memory_order_relaxed)) return;
+        if (cancel_ && ++number % entriesPerQuestion == 0) ask(number);
+        if (number >= stoppedAt_.load(std::memory_order_relaxed)) return;
         if (entry.type == FileType::directory)
             desk.subfolders.add(entry.name);
         else
@@ -177,9 +182,9 @@ void SizeWalk::measure(const Folder& folder, Desk& desk) {
     }
 }
 
-void SizeWalk::ask() {
+void SizeWalk::ask(int64_t number) {
     const std::lock_guard lock(asking_);
-    if (!isStopped_ && cancel_()) isStopped_ = true;
+    if (!isStopped() && cancel_()) stoppedAt_ = number;
 }
 
 } // namespace

@@ -42,7 +42,7 @@ private:
         path_.resize(task.pathLength);
         Folder folder = task.folder;
         if (!task.name.empty()) {
-            FileDescriptor opened = openSubfolder(folder->get(), task.name.c_str());
+            FileDescriptor opened = openListedFolder(folder->get(), task.name.c_str());
             if (!opened) return;
             folder = std::make_shared<const FileDescriptor>(std::move(opened));
             path_.append(task.name).push_back('/');

@@ -1,8 +1,8 @@
 #include "CleanerCore/Scanning/Scanners/DuplicateScanner.h"
 
 #include "CleanerCore/Files/FS.h"
-#include "CleanerCore/Platform/Directory.h"
 #include "CleanerCore/Removal/SafetyPolicy.h"
+#include "CleanerCore/Scanning/CandidateWalk.h"
 #include "CleanerCore/Scanning/ContentGroups.h"
 #include "CleanerCore/Support/Concurrent.h"
 #include "CleanerCore/Support/PathText.h"
@@ -16,8 +16,6 @@
 #include <iterator>
 #include <map>
 #include <ranges>
-#include <set>
-#include <span>
 
 namespace loftmere {
 
@@ -25,17 +23,10 @@ namespace {
 
 constexpr std::array defaultRoots{"Downloads", "Desktop", "Documents", "Movies", "Music", "Pictures"};
 
-constexpr std::array<std::string_view, 4> skipDirs{".git", "node_modules", "Library", ".Trash"};
-
-// A package is one document to the user, so its insides are nobody's copies.
-constexpr std::array<std::string_view, 10> skipPackageExts{
-    "app",       "photoslibrary", "musiclibrary", "fcpbundle", "logicx",
-    "xcodeproj", "xcworkspace",   "sparsebundle", "bundle",    "framework",
-};
-
-// The two cores of a small machine are kept busy; the other scanners run at the same time.
-constexpr size_t comparers = 2;
-constexpr size_t openFilesEach = 64;
+// More than there are cores: while some wait for the disk, others compare, and what is in memory already
+// takes no longer by it. Together they stay well below the number of files that a process may open.
+constexpr size_t comparers = 8;
+constexpr size_t openFilesEach = 16;
 
 std::vector<std::string> rootPaths(const std::optional<std::vector<std::string>>& roots,
                                    const ScanContext& context) {
@@ -50,63 +41,6 @@ std::vector<std::string> rootPaths(const std::optional<std::vector<std::string>>
     }
     return paths;
 }
-
-bool isAmong(std::span<const std::string_view> table, const std::string& word) {
-    return std::ranges::find(table, word) != table.end();
-}
-
-bool isEntered(const std::string& folderName) {
-    return !isAmong(skipDirs, folderName) && !isAmong(skipPackageExts, pathExtension(folderName));
-}
-
-// The state of one walk.
-class Walk {
-public:
-    Walk(const ScanContext& context, int64_t minBytes) : context_(context), minBytes_(minBytes) {}
-
-    std::vector<ListedFile> below(std::vector<std::string> folders) {
-        std::erase_if(folders, [](const std::string& root) { return !FS::isDirectory(root); });
-        while (!folders.empty() && !context_.isCancelled()) {
-            const std::string folder = std::move(folders.back());
-            folders.pop_back();
-            if (!isFirstVisit(folder)) continue;
-            context_.report(CleanCategory::duplicates, folder);
-            list(folder, folders);
-        }
-        return std::move(found_);
-    }
-
-private:
-    // Roots that overlap and folders mounted at two places would show one file as its own copy.
-    bool isFirstVisit(const std::string& folder) {
-        const auto status = linkStatus(folder);
-        return status && status->type == FileType::directory &&
-               visited_.emplace(status->device, status->inode).second;
-    }
-
-    void list(const std::string& folder, std::vector<std::string>& folders) {
-        for (const DirectoryEntry& entry : readDirectory(folder).value_or(std::vector<DirectoryEntry>{})) {
-            if (entry.name.starts_with('.') || entry.type == FileType::symlink || !isValidUTF8(entry.name))
-                continue;
-            if (entry.type != FileType::directory) {
-                if (context_.isCancelled()) return;
-                add(joinPath(folder, entry.name));
-            } else if (isEntered(entry.name)) {
-                folders.push_back(joinPath(folder, entry.name));
-            }
-        }
-    }
-
-    void add(std::string path) {
-        const auto status = linkStatus(path);
-        if (status && status->size >= minBytes_) found_.push_back({std::move(path), *status});
-    }
-
-    const ScanContext& context_;
-    int64_t minBytes_;
-    std::set<std::pair<uint64_t, uint64_t>> visited_;
-    std::vector<ListedFile> found_;
-};
 
 using FileGroup = std::vector<const ListedFile*>;
 
@@ -183,7 +117,7 @@ std::pair<int, size_t> demerits(const std::string& path, std::string_view home) 
 } // namespace
 
 std::vector<ListedFile> DuplicateScanner::files(const ScanContext& context) const {
-    return Walk(context, minBytes).below(rootPaths(roots, context));
+    return CandidateWalk(context, minBytes).below(rootPaths(roots, context));
 }
 
 Result<std::vector<ScanItem>> DuplicateScanner::scan(const ScanContext& context) const {

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "CleanerCore/Platform/Place.h"
+#include "CleanerCore/Support/Result.h"
+
+#include <optional>
+#include <string>
+
+// What only the system can do about files that a cloud provider keeps in sync. May block: never on the main
+// thread.
+namespace loftmere::CloudStorage {
+
+// Deletes the item in step with whoever else is at work on it. Where the system knows no such coordination,
+// or it cannot be had, this is the plain removal; when both fail, the coordination's failure is told.
+Status coordinatedRemove(const Place& place);
+
+// Whether the item's content is on this machine; absent where the system keeps no such status.
+std::optional<bool> isContentLocal(const std::string& path);
+
+// Releases the local copy of a file in iCloud Drive.
+Status evict(const std::string& path);
+
+} // namespace loftmere::CloudStorage

@@ -1,0 +1,77 @@
+#include "CleanerCore/Removal/Cleaner.h"
+
+#include "CleanerCore/Removal/AdminRunner.h"
+#include "CleanerCore/Removal/CleanRun.h"
+#include "CleanerCore/Support/UUID.h"
+
+#include <fmt/format.h>
+
+#include <cerrno>
+
+namespace loftmere {
+
+namespace {
+
+// As Apple's file services number them.
+constexpr int fileReadNoPermission = 257;
+constexpr int fileWriteNoPermission = 513;
+
+} // namespace
+
+Cleaner::Administration Cleaner::sharedAdministration() {
+    return {.queue = &AdminQueue::shared(),
+            .remove = [](const std::vector<std::string>& paths) { return AdminRunner::remove(paths); }};
+}
+
+Cleaner::Cleaner(const Paths& paths, const AppConfig& config, Administration administration)
+    : paths_(paths),
+      config_(config),
+      planner_(paths, config),
+      quarantine_(paths),
+      audit_(paths),
+      administration_(std::move(administration)) {}
+
+CleanPlan Cleaner::plan(const ScanItem& item, const TriggerSource& trigger,
+                        std::optional<Disposal> disposalOverride) const {
+    return planner_.decide(item, trigger, disposalOverride).plan;
+}
+
+CleanReport Cleaner::clean(const std::vector<ScanItem>& items, const TriggerSource& trigger, bool dryRun,
+                           std::optional<Disposal> disposalOverride, const Progress& progress) {
+    const auto total = static_cast<int64_t>(items.size());
+    CleanRun run({paths_, config_, planner_, quarantine_, administration_}, items, trigger, dryRun,
+                 disposalOverride);
+    for (int64_t i = 0; i < total; ++i) {
+        if (progress) progress(i, total);
+        run.handle(items[static_cast<size_t>(i)]);
+    }
+    run.finish();
+    if (!dryRun) audit_.append(run.entries());
+    if (progress) progress(total, total);
+    return run.report();
+}
+
+Result<std::vector<CleanFailure>> Cleaner::restore(const std::string& sessionID,
+                                                   const std::optional<std::set<std::string>>& entryIDs) {
+    auto failures = quarantine_.restore(sessionID, entryIDs);
+    if (!failures) return failures;
+    AuditEntry entry;
+    entry.id = newUUID();
+    entry.date = currentDate();
+    entry.action = "restore";
+    entry.target = sessionID;
+    entry.success = failures->empty();
+    if (!entry.success) entry.message = fmt::format("{} item(s) could not be restored", failures->size());
+    audit_.append({entry});
+    return failures;
+}
+
+bool Cleaner::isPermissionError(const Failure& failure) {
+    const int code = failure.code;
+    const bool isCocoa = failure.domain == FailureDomain::cocoa &&
+                         (code == fileWriteNoPermission || code == fileReadNoPermission);
+    const bool isPosix = failure.domain == FailureDomain::posix && (code == EPERM || code == EACCES);
+    return isCocoa || isPosix || (failure.underlying && isPermissionError(*failure.underlying));
+}
+
+} // namespace loftmere

@@ -1,0 +1,70 @@
+#include "CleanerCore/Removal/CloudEvictor.h"
+
+#include "CleanerCore/Files/FS.h"
+#include "CleanerCore/Platform/CloudStorage.h"
+#include "CleanerCore/Process/Shell.h"
+#include "CleanerCore/Support/PathText.h"
+#include "CleanerCore/Support/Text.h"
+
+#include <algorithm>
+
+namespace loftmere::CloudEvictor {
+
+namespace {
+
+constexpr double toolLimit = 60; // seconds
+
+std::string mobileDocuments(const Paths& paths) {
+    return paths.lib("Mobile Documents");
+}
+
+std::string withoutEvery(const std::string& part, std::string text) {
+    for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at)) {
+        text.erase(at, part.size());
+    }
+    return text;
+}
+
+Status couldNot(const std::string& detail) {
+    return failed(Failure::saying("Could not remove local copy: " + detail));
+}
+
+Status evictFromProvider(const std::string& path) {
+    const auto result = Shell::run("fileproviderctl", {"evict", path}, toolLimit);
+    if (result.ok()) return {};
+    return couldNot(result.err.empty() ? "provider refused" : result.err);
+}
+
+Status evictFromICloud(const std::string& path) {
+    const auto released = CloudStorage::evict(path);
+    if (released || Shell::run("brctl", {"evict", path}, toolLimit).ok()) return {};
+    return couldNot(released.error().message);
+}
+
+} // namespace
+
+std::vector<std::string> cloudRoots(const Paths& paths) {
+    std::vector<std::string> roots{mobileDocuments(paths)};
+    for (std::string& child : FS::children(paths.lib("CloudStorage"))) {
+        if (FS::isDirectory(child)) roots.push_back(std::move(child));
+    }
+    return roots;
+}
+
+std::string provider(const std::string& path, const Paths& paths) {
+    if (path.starts_with(mobileDocuments(paths))) return "iCloud Drive";
+    const auto folders = splitOmittingEmpty(withoutEvery(paths.lib("CloudStorage") + "/", path), '/');
+    if (folders.empty()) return "Cloud";
+    const auto pieces = splitOmittingEmpty(folders.front(), '-');
+    return pieces.empty() ? folders.front() : pieces.front();
+}
+
+Status evict(const std::string& path, const Paths& paths) {
+    const auto holdsPath = [&](const std::string& root) { return isAtOrUnder(path, root); };
+    if (!std::ranges::any_of(cloudRoots(paths), holdsPath)) {
+        return failed(Failure::saying("Not inside iCloud Drive or a cloud storage folder"));
+    }
+    return path.starts_with(mobileDocuments(paths)) ? evictFromICloud(path) : evictFromProvider(path);
+}
+
+} // namespace loftmere::CloudEvictor

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "CleanerCore/Scanning/Images/GreyImage.h"
+
+#include <cstdint>
+
+namespace loftmere {
+
+// No side of a thumbnail is longer; a smaller picture keeps its size.
+inline constexpr int thumbnailSide = 64;
+
+// A picture brought down to a few pixels, in grey and standing upright.
+struct Thumbnail {
+    GreyImage image;
+    int64_t pixelCount = 0; // of the picture in full
+};
+
+} // namespace loftmere

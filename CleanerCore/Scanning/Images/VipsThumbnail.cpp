@@ -1,0 +1,146 @@
+#include "CleanerCore/Scanning/Images/VipsThumbnail.h"
+
+#include "CleanerCore/Scanning/Images/AreaReducer.h"
+#include "CleanerCore/Scanning/Images/Luma.h"
+#include "CleanerCore/Scanning/Images/Orientation.h"
+#include "CleanerCore/Scanning/Images/VipsInput.h"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <array>
+#include <memory>
+
+namespace loftmere {
+
+namespace {
+
+// What is decoded at most, so that a small file that names a vast picture costs seconds and not the machine.
+// Pictures that come in rows need memory for a few of them only; others are held whole.
+constexpr int64_t mostPixels = 250'000'000;
+constexpr int64_t mostPixelsHeld = 64'000'000;
+constexpr int64_t largestFileHeld = int64_t{256} << 20;
+constexpr int64_t longestRow = int64_t{4} << 20; // in bytes
+constexpr int64_t stripBytes = int64_t{1} << 20;
+
+struct Loader {
+    ImageKind kind;
+    decltype(VipsLibrary::pngLoad) VipsLibrary::* load;
+    bool isHeldWhole;
+};
+
+constexpr std::array<Loader, 5> loaders{{
+    {ImageKind::png, &VipsLibrary::pngLoad, false},
+    {ImageKind::tiff, &VipsLibrary::tiffLoad, false},
+    {ImageKind::webp, &VipsLibrary::webpLoad, true},
+    {ImageKind::heif, &VipsLibrary::heifLoad, true},
+    {ImageKind::gif, &VipsLibrary::gifLoad, true},
+}};
+
+struct Unref {
+    const VipsLibrary* vips;
+    void operator()(gpointer object) const { vips->objectUnref(object); }
+};
+using Image = std::unique_ptr<VipsImage, Unref>;
+using Region = std::unique_ptr<VipsRegion, Unref>;
+
+bool isPlain(const VipsImage& image) {
+    const bool isUsual = image.Type == VIPS_INTERPRETATION_sRGB || image.Type == VIPS_INTERPRETATION_B_W;
+    return isUsual && image.BandFmt == VIPS_FORMAT_UCHAR && image.Coding == VIPS_CODING_NONE;
+}
+
+// One decoding on the calling thread. libvips computes what is asked of it, strip by strip.
+class Decoding {
+public:
+    Decoding(const VipsLibrary& vips, int fd, const FS::CancelCheck& isCancelled)
+        : vips_(vips), fd_(fd), isCancelled_(isCancelled), input_(vips, fd, isCancelled) {}
+
+    std::optional<Thumbnail> read(const Loader& loader) {
+        const Image image = open(loader);
+        if (!image || !isAffordable(*image, loader)) return std::nullopt;
+        const Image plain = isPlain(*image) ? nullptr : converted(image.get());
+        if (!isPlain(*image) && !plain) return std::nullopt;
+        const auto grey = reduced(plain ? plain.get() : image.get());
+        if (!grey) return std::nullopt;
+        return Thumbnail{.image = turnedUpright(*grey, vips_.imageGetOrientation(image.get())),
+                         .pixelCount = int64_t{image->Xsize} * image->Ysize};
+    }
+
+private:
+    Image owned(VipsImage* image) const { return Image(image, Unref{&vips_}); }
+
+    Image open(const Loader& loader) const {
+        VipsImage* image = nullptr;
+        if (input_.source() == nullptr) return owned(nullptr);
+        (vips_.*loader.load)(input_.source(), &image, "access", VIPS_ACCESS_SEQUENTIAL, "fail_on",
+                             VIPS_FAIL_ON_TRUNCATED, static_cast<void*>(nullptr));
+        return owned(image);
+    }
+
+    int64_t rowBytes(const VipsImage& image) const {
+        return int64_t{image.Xsize} * image.Bands * int64_t(vips_.formatSizeof(image.BandFmt));
+    }
+
+    bool isAffordable(const VipsImage& image, const Loader& loader) const {
+        const int64_t pixels = int64_t{image.Xsize} * image.Ysize;
+        if (rowBytes(image) > longestRow) return false;
+        if (!loader.isHeldWhole && vips_.imageGetTypeof(&image, "interlaced") == 0)
+            return pixels <= mostPixels;
+        struct stat status{};
+        return pixels <= mostPixelsHeld && ::fstat(fd_, &status) == 0 && status.st_size <= largestFileHeld;
+    }
+
+    // 16 bits, floating point, inks and the like as eight-bit colour.
+    Image converted(VipsImage* image) const {
+        VipsImage* colors = nullptr;
+        if (vips_.colourspaceIsSupported(image) == FALSE) return owned(nullptr);
+        vips_.colourspace(image, &colors, VIPS_INTERPRETATION_sRGB, static_cast<void*>(nullptr));
+        Image result = owned(colors);
+        if (result && !isPlain(*result)) result.reset();
+        return result;
+    }
+
+    std::optional<GreyImage> reduced(VipsImage* image) const {
+        const Region region(vips_.regionNew(image), Unref{&vips_});
+        if (!region) return std::nullopt;
+        AreaReducer reducer = AreaReducer::fitting(image->Xsize, image->Ysize, thumbnailSide);
+        std::vector<uint8_t> grey(size_t(image->Xsize));
+        const int height = int(std::clamp<int64_t>(stripBytes / rowBytes(*image), 1, 64));
+        for (int top = 0; top < image->Ysize; top += height) {
+            if (isCancelled_ && isCancelled_()) return std::nullopt;
+            const VipsRect strip{0, top, image->Xsize, std::min(height, image->Ysize - top)};
+            if (vips_.regionPrepare(region.get(), &strip) != 0) return std::nullopt;
+            addStrip(*region, *image, strip, grey, reducer);
+        }
+        return reducer.result();
+    }
+
+    static void addStrip(const VipsRegion& region, const VipsImage& image, const VipsRect& strip,
+                         std::vector<uint8_t>& grey, AreaReducer& reducer) {
+        for (int y = strip.top; y < strip.top + strip.height; ++y) {
+            const uint8_t* row = region.data + ptrdiff_t{y - region.valid.top} * region.bpl;
+            colorsToGrey(row, grey.size(), size_t(image.Bands), grey.data());
+            reducer.addRow(grey.data());
+        }
+    }
+
+    const VipsLibrary& vips_;
+    int fd_;
+    const FS::CancelCheck& isCancelled_;
+    VipsInput input_;
+};
+
+} // namespace
+
+std::optional<Thumbnail> vipsThumbnail(int fd, ImageKind kind, const FS::CancelCheck& isCancelled) {
+    const VipsLibrary* vips = VipsLibrary::get();
+    const auto* loader = std::ranges::find(loaders, kind, &Loader::kind);
+    if (vips == nullptr || loader == loaders.end()) return std::nullopt;
+    auto thumbnail = Decoding(*vips, fd, isCancelled).read(*loader);
+    // The library keeps the messages of failures, and buffers for each thread, until told otherwise.
+    vips->errorClear();
+    vips->threadShutdown();
+    return thumbnail;
+}
+
+} // namespace loftmere

@@ -1,0 +1,195 @@
+#include "CleanerCore/Scanning/Scanners/ProjectArtifactsScanner.h"
+
+#include "CleanerCore/Files/FS.h"
+#include "CleanerCore/Removal/SafetyPolicy.h"
+#include "CleanerCore/Scanning/Scanners/PathFinding.h"
+#include "CleanerCore/Scanning/Scanners/ProjectArtifacts.h"
+#include "CleanerCore/Support/PathText.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <unordered_set>
+#include <utility>
+
+namespace loftmere {
+
+namespace {
+
+using ProjectArtifacts::Kind;
+using Names = ProjectArtifactsScanner::Names;
+using Entries = std::vector<DirectoryEntry>;
+
+constexpr int deepestPushedFrom = 6; // so folders down to depth 7 are listed
+constexpr size_t entriesOfEachFolder = 200;
+constexpr size_t entriesBetweenQuestions = 2000;
+
+const Names& artifactNames() {
+    static const Names names = [] {
+        Names all;
+        for (const Kind& kind : ProjectArtifacts::kinds) all.insert(kind.folder);
+        return all;
+    }();
+    return names;
+}
+
+bool isNeverEntered(const std::string& name) {
+    return std::ranges::find(ProjectArtifacts::neverDescend, name) != ProjectArtifacts::neverDescend.end() ||
+           pathExtension(name) == "app";
+}
+
+// The first kind of artifact that the folder `name` in `project` is proved to be, null when it is none.
+const Kind* kindOf(const std::string& project, const std::string& name, const Entries& siblings) {
+    for (const Kind& kind : ProjectArtifacts::kinds) {
+        if (kind.folder != name) continue;
+        const bool holds = kind.insideArtifact ? FS::exists(joinPath(joinPath(project, name), kind.marker))
+                                               : std::ranges::find(siblings, kind.marker,
+                                                                   &DirectoryEntry::name) != siblings.end();
+        if (holds) return &kind;
+    }
+    return nullptr;
+}
+
+// One walk through all roots.
+class Walk {
+public:
+    Walk(const ScanContext& context, CleanCategory category)
+        : context_(context), category_(category), cutoff_(context.daysAgo(context.config.staleProjectDays)) {}
+
+    std::vector<ScanItem> run() {
+        for (std::string& root : ProjectArtifactsScanner::roots(context_)) {
+            pending_.push_back({std::move(root), 0});
+        }
+        while (!pending_.empty() && !context_.isCancelled()) {
+            const Folder folder = std::move(pending_.back());
+            pending_.pop_back();
+            context_.report(category_, folder.path);
+            list(folder);
+        }
+        return std::move(items_);
+    }
+
+private:
+    struct Folder {
+        std::string path;
+        int depth;
+    };
+
+    void list(const Folder& folder) {
+        const Entries entries = FS::entries(folder.path);
+        activity_.reset();
+        for (const DirectoryEntry& entry : entries) {
+            if (entry.type != FileType::directory) continue;
+            if (artifactNames().contains(entry.name)) {
+                // Whatever bears such a name hides what lies below it, proved or not.
+                const Kind* kind = kindOf(folder.path, entry.name, entries);
+                if (kind != nullptr) handle(folder.path, joinPath(folder.path, entry.name), *kind);
+            } else if (folder.depth <= deepestPushedFrom && !isNeverEntered(entry.name)) {
+                pending_.push_back({joinPath(folder.path, entry.name), folder.depth + 1});
+            }
+        }
+    }
+
+    void handle(const std::string& project, const std::string& artifact, const Kind& kind) {
+        if (!handled_.insert(artifact).second) return;
+        const auto activity = activityOf(project);
+        // Half a reading might miss the newest work, so a cancelled one decides nothing.
+        if (!activity || *activity >= cutoff_ || context_.isCancelled()) return;
+        const std::string name = lastPathComponent(project);
+        const auto days = static_cast<int64_t>(secondsBetween(*activity, context_.now) / 86400);
+        context_.report(category_, artifact);
+        if (!FS::exists(artifact)) return;
+        const PathFinding finding{
+            .category = category_,
+            .risk = Risk::safe,
+            .reason = fmt::format("{} untouched for {} days. Restore with: {}", name, days, kind.restore),
+            .minimum = 1048576};
+        const std::string title = name + "/" + lastPathComponent(artifact);
+        if (auto item = finding.propose(context_, artifact, title)) items_.push_back(std::move(*item));
+    }
+
+    // Read once for all artifacts of the folder in hand.
+    std::optional<Date> activityOf(const std::string& project) {
+        if (!activity_) {
+            activity_ =
+                ProjectArtifactsScanner::projectActivity(project, artifactNames(), context_.isCancelled);
+        }
+        return *activity_;
+    }
+
+    const ScanContext& context_;
+    CleanCategory category_;
+    Date cutoff_;
+    std::vector<Folder> pending_;
+    std::unordered_set<std::string> handled_;
+    std::optional<std::optional<Date>> activity_; // of the folder in hand, once it is known
+    std::vector<ScanItem> items_;
+};
+
+// Gathers the newest of many dates.
+class Newest {
+public:
+    explicit Newest(const std::function<bool()>& cancel) : cancel_(cancel) {}
+
+    // False when there is no need to look further.
+    bool look(const std::string& path) {
+        newest_ = std::max(newest_, FS::modificationDate(path));
+        return ++seen_ % entriesBetweenQuestions != 0 || !cancel_ || !cancel_();
+    }
+    std::optional<Date> date() const { return newest_; }
+
+private:
+    const std::function<bool()>& cancel_;
+    size_t seen_ = 0;
+    std::optional<Date> newest_;
+};
+
+bool lookInto(const std::string& folder, Newest& newest) {
+    Entries entries = FS::entries(folder);
+    entries.resize(std::min(entries.size(), entriesOfEachFolder));
+    return std::ranges::all_of(
+        entries, [&](const DirectoryEntry& entry) { return newest.look(joinPath(folder, entry.name)); });
+}
+
+} // namespace
+
+Result<std::vector<ScanItem>> ProjectArtifactsScanner::scan(const ScanContext& context) const {
+    return Walk(context, category()).run();
+}
+
+std::vector<std::string> ProjectArtifactsScanner::roots(const ScanContext& context) {
+    std::vector<std::string> paths;
+    for (const std::string& root : context.config.developerRoots) {
+        paths.push_back(SafetyPolicy::normalize(root, context.home()));
+    }
+    if (paths.empty()) {
+        for (const std::string_view root : ProjectArtifacts::usualRoots)
+            paths.push_back(context.homeURL(root));
+    }
+    // By identity, since on many disks "code" and "Code" are one folder.
+    std::set<std::pair<uint64_t, uint64_t>> seen;
+    std::erase_if(paths, [&](const std::string& path) {
+        const auto status = linkStatus(path);
+        if (!status || status->type != FileType::directory) return true;
+        return !seen.emplace(status->device, status->inode).second;
+    });
+    return paths;
+}
+
+std::optional<Date> ProjectArtifactsScanner::projectActivity(const std::string& folder,
+                                                             const Names& excluding,
+                                                             const std::function<bool()>& cancel) {
+    Newest newest(cancel);
+    for (const DirectoryEntry& entry : FS::entries(folder)) {
+        if (excluding.contains(entry.name)) continue;
+        const std::string path = joinPath(folder, entry.name);
+        if (!newest.look(path)) return newest.date();
+        const bool isEntered = entry.type == FileType::directory && entry.name != ".git";
+        if (isEntered && !lookInto(path, newest)) return newest.date();
+    }
+    for (const char* file : {".git/index", ".git/HEAD", ".git/FETCH_HEAD"})
+        newest.look(joinPath(folder, file));
+    return newest.date();
+}
+
+} // namespace loftmere

@@ -1,0 +1,189 @@
+#include "CleanerCore/Platform/FileContent.h"
+#include "CleanerCore/Platform/FileStatus.h"
+#include "CleanerCore/Scanning/Images/Orientation.h"
+#include "CleanerCore/Scanning/Scanners/SimilarPhotosScanner.h"
+#include "tests/Scanning/Photos.h"
+#include "tests/Support/TemporaryHome.h"
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+#include <bit>
+#include <random>
+
+using namespace loftmere;
+using test::photo;
+using test::photoContent;
+
+namespace {
+
+using Likeness = SimilarPhotosScanner::Likeness;
+
+std::optional<Likeness> dHash(const std::string& path, const FS::CancelCheck& isCancelled = nullptr) {
+    return SimilarPhotosScanner::dHash(path, isCancelled);
+}
+
+struct Kind {
+    const char* name;
+    int64_t pixelCount;
+};
+
+constexpr Kind kinds[] = {
+    {"photo.jpg", 307200},
+    {"progressive.jpg", 307200},
+    {"progressive444.jpg", 307200},
+    {"grey.jpg", 307200},
+    {"progressive-grey.jpg", 307200},
+    {"cmyk.jpg", 307200},
+    {"half.jpg", 76800},
+    {"cmyk-progressive.jpg", 307200},
+    {"photo.heic", 307200},
+    {"photo.webp", 307200},
+    {"alpha.webp", 6912},
+    {"color.png", 6912},
+    {"interlaced.png", 6912},
+    {"palette.png", 6912},
+    {"deep.png", 6912},
+    {"grey.png", 6912},
+    {"photo.tiff", 6912},
+    {"cmyk.tif", 6912},
+    {"deep-tiled.tif", 6912},
+    {"photo.gif", 6912},
+};
+
+int distance(const Likeness& a, const Likeness& b) {
+    return std::popcount(a.hash ^ b.hash);
+}
+
+int64_t peakMemory() {
+    rusage usage{};
+    ::getrusage(RUSAGE_SELF, &usage);
+    return int64_t{usage.ru_maxrss} * 1024;
+}
+
+void putBigEndian(std::string& bytes, size_t at, size_t size, uint32_t value) {
+    for (size_t i = 0; i < size; ++i) bytes[at + i] = char(value >> (8 * (size - 1 - i)));
+}
+
+uint32_t crcOf(std::string_view bytes) {
+    uint32_t crc = ~0U;
+    for (const char byte : bytes) {
+        crc ^= uint8_t(byte);
+        for (int bit = 0; bit < 8; ++bit) crc = crc >> 1 ^ ((crc & 1) != 0 ? 0xEDB88320U : 0);
+    }
+    return ~crc;
+}
+
+// A file's own content under other dimensions.
+std::string pngOfSize(std::string png, uint32_t side) {
+    putBigEndian(png, 16, 4, side);
+    putBigEndian(png, 20, 4, side);
+    putBigEndian(png, 29, 4, crcOf(std::string_view(png).substr(12, 17)));
+    return png;
+}
+
+std::string jpegOfSize(std::string jpeg, const char* frameMarker, uint32_t side) {
+    const size_t frame = jpeg.find(frameMarker);
+    putBigEndian(jpeg, frame + 5, 2, side);
+    putBigEndian(jpeg, frame + 7, 2, side);
+    return jpeg;
+}
+
+} // namespace
+
+TEST(PhotosDecoding, EveryKindShowsTheSameScene) {
+    const auto scene = dHash(photo("photo.jpg"));
+    ASSERT_TRUE(scene);
+    for (const Kind& kind : kinds) {
+        const auto likeness = dHash(photo(kind.name));
+        ASSERT_TRUE(likeness) << kind.name;
+        EXPECT_LE(distance(*likeness, *scene), 6) << kind.name;
+        EXPECT_EQ(likeness->pixelCount, kind.pixelCount) << kind.name;
+    }
+    EXPECT_GT(distance(*dHash(photo("other.jpg")), *scene), 20);
+    EXPECT_EQ(dHash(photo("progressive.jpg")), dHash(photo("photo.jpg")));
+}
+
+TEST(PhotosDecoding, EightOrientationsGiveOneHash) {
+    const auto upright = dHash(photo("turned1.jpg"));
+    ASSERT_TRUE(upright);
+    for (int i = 2; i <= 8; ++i) EXPECT_EQ(dHash(photo("turned" + std::to_string(i) + ".jpg")), upright) << i;
+
+    // A block that says nothing, or lies about where it says it, leaves the picture as it is.
+    const uint8_t wild[] = {'M', 'M', 0, 42, 0xFF, 0xFF, 0xFF, 0xFE, 0xFF, 0xFF};
+    EXPECT_EQ(exifOrientation(wild), 1);
+    EXPECT_EQ(exifOrientation({}), 1);
+}
+
+TEST(PhotosDecoding, GoesByContentAndTakesOnlyPictures) {
+    const test::TemporaryHome home;
+    EXPECT_EQ(dHash(home.file("a.jpg", photoContent("color.png"))), dHash(photo("color.png")));
+    EXPECT_EQ(dHash(home.file("b.png", photoContent("photo.jpg"))), dHash(photo("photo.jpg")));
+    EXPECT_FALSE(dHash(home.file("empty.jpg", "")));
+    EXPECT_FALSE(dHash(home.file("text.jpg", "no picture at all, but text")));
+    EXPECT_FALSE(dHash(home.file("start.jpg", "\xFF\xD8\xFF")));
+    EXPECT_FALSE(dHash(home.folder("folder.jpg")));
+    EXPECT_FALSE(dHash(home.at("missing.jpg")));
+    ASSERT_EQ(::mkfifo(home.at("pipe.jpg").c_str(), 0600), 0);
+    EXPECT_FALSE(dHash(home.at("pipe.jpg")));
+    EXPECT_FALSE(dHash(photo("photo.jpg"), [] { return true; }));
+    EXPECT_FALSE(dHash(photo("color.png"), [] { return true; }));
+}
+
+TEST(PhotosDecoding, LookingLeavesTheAccessDate) {
+    const test::TemporaryHome home;
+    for (const char* name : {"photo.jpg", "progressive.jpg", "photo.heic", "color.png"}) {
+        const std::string path = home.file(name, photoContent(name));
+        home.setAgeDays(name, 30);
+        const Date before = linkStatus(path)->accessed;
+        ASSERT_TRUE(dHash(path)) << name;
+        EXPECT_EQ(linkStatus(path)->accessed, before) << name;
+    }
+}
+
+TEST(PhotosDecoding, FilesCutShortAreNoPictures) {
+    const test::TemporaryHome home;
+    testing::internal::CaptureStderr();
+    for (const Kind& kind : kinds) {
+        const std::string whole = photoContent(kind.name);
+        for (const size_t length : {size_t{20}, whole.size() / 4, whole.size() / 2, whole.size() * 3 / 4}) {
+            EXPECT_FALSE(dHash(home.file(kind.name, whole.substr(0, length)))) << kind.name << ' ' << length;
+        }
+    }
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+// What comes of damaged data does not matter, as long as it comes soon and nothing else does.
+TEST(PhotosDecoding, DamagedFilesDoNoHarm) {
+    const test::TemporaryHome home;
+    std::mt19937 random(4);
+    testing::internal::CaptureStderr();
+    for (const Kind& kind : kinds) {
+        const std::string whole = photoContent(kind.name);
+        for (int round = 0; round < 24; ++round) {
+            std::string damaged = whole;
+            const size_t reach = round % 2 == 0 ? std::min<size_t>(700, whole.size()) : whole.size();
+            for (int i = 0; i < 1 + round / 4; ++i) damaged[random() % reach] = char(random());
+            (void)dHash(home.file("damaged", damaged));
+        }
+    }
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+TEST(PhotosDecoding, VastPicturesAreRefused) {
+    const test::TemporaryHome home;
+    const std::string bombs[] = {
+        pngOfSize(photoContent("color.png"), 60000),
+        pngOfSize(photoContent("interlaced.png"), 9000),
+        jpegOfSize(photoContent("photo.jpg"), "\xFF\xC0", 65500),
+        jpegOfSize(photoContent("progressive.jpg"), "\xFF\xC2", 65500),
+        jpegOfSize(photoContent("cmyk-progressive.jpg"), "\xFF\xC2", 65500),
+    };
+    ASSERT_TRUE(dHash(photo("color.png"))); // whatever libvips takes once
+    const int64_t before = peakMemory();
+    const Date start = currentDate();
+    for (const std::string& bomb : bombs) EXPECT_FALSE(dHash(home.file("bomb", bomb)));
+    EXPECT_LT(secondsBetween(start, currentDate()), 2);
+    EXPECT_LT(peakMemory() - before, 64 << 20);
+}

@@ -1,0 +1,80 @@
+#include "CleanerCore/Scanning/Images/LikenessGroups.h"
+
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <random>
+
+using namespace loftmere;
+
+namespace {
+
+using Groups = std::vector<std::vector<size_t>>;
+
+// The rule itself, pair by pair.
+Groups naiveGroups(const std::vector<uint64_t>& hashes) {
+    Groups groups;
+    std::vector<bool> used(hashes.size());
+    for (size_t i = 0; i < hashes.size(); ++i) {
+        if (used[i]) continue;
+        std::vector<size_t> group{i};
+        for (size_t j = i + 1; j < hashes.size(); ++j) {
+            if (!used[j] && std::popcount(hashes[i] ^ hashes[j]) <= 6) group.push_back(j);
+        }
+        if (group.size() < 2) continue;
+        for (const size_t member : group) used[member] = true;
+        groups.push_back(std::move(group));
+    }
+    return groups;
+}
+
+// Hashes around a few centres, with up to `spread` bits changed, so that most distances are near the limit.
+std::vector<uint64_t> clustered(std::mt19937_64& random, size_t count, size_t centres, uint64_t mask,
+                                int spread) {
+    std::vector<uint64_t> middle(centres);
+    for (uint64_t& hash : middle) hash = random() & mask;
+    std::vector<uint64_t> hashes(count);
+    for (uint64_t& hash : hashes) {
+        hash = middle[random() % centres];
+        for (int i = int(random() % unsigned(spread + 1)); i > 0; --i) hash ^= uint64_t{1} << (random() % 64);
+    }
+    return hashes;
+}
+
+} // namespace
+
+TEST(PhotosGrouping, IsAStarAroundTheFirstFound) {
+    const uint64_t a = 0;
+    const uint64_t b = 0x3F;         // 6 bits from a
+    const uint64_t c = 0x3F00000000; // 6 bits from a, 12 from b
+    EXPECT_EQ(LikenessGroups::of(std::vector{a, b, c}), (Groups{{0, 1, 2}}));
+    EXPECT_EQ(LikenessGroups::of(std::vector{b, a, c}), (Groups{{0, 1}}));
+    EXPECT_EQ(LikenessGroups::of(std::vector{a, uint64_t{0x7F}}), Groups{});
+    EXPECT_EQ(LikenessGroups::of(std::vector{c, b, a, b, ~a, ~a}), (Groups{{0, 2}, {1, 3}, {4, 5}}));
+    EXPECT_EQ(LikenessGroups::of({}), Groups{});
+}
+
+TEST(PhotosGrouping, GivesTheGroupsOfThePairwiseRule) {
+    std::mt19937_64 random(20);
+    for (int round = 0; round < 60; ++round) {
+        const uint64_t mask = round % 3 == 0 ? ~uint64_t{0} : round % 3 == 1 ? 0xFF00FF : uint64_t{0};
+        const size_t count = 1 + random() % 1500;
+        const auto hashes = clustered(random, count, 1 + random() % 200, mask, 2 + round % 12);
+        ASSERT_EQ(LikenessGroups::of(hashes), naiveGroups(hashes)) << "round " << round;
+    }
+}
+
+// Wherever six differing bits stand, the pair is found, and with seven it is not.
+TEST(PhotosGrouping, FindsPairsWhereverTheyDiffer) {
+    std::mt19937_64 random(7);
+    std::vector<uint64_t> hashes;
+    for (int pair = 0; pair < 3000; ++pair) {
+        const uint64_t hash = random();
+        uint64_t other = hash;
+        while (std::popcount(hash ^ other) < 6 + pair % 2) other ^= uint64_t{1} << (random() % 64);
+        hashes.insert(hashes.end(), {hash, other});
+    }
+    const Groups groups = LikenessGroups::of(hashes);
+    EXPECT_EQ(groups.size(), 1500U);
+    EXPECT_EQ(groups, naiveGroups(hashes));
+}

@@ -1,0 +1,136 @@
+#include "CleanerCore/Process/Shell.h"
+#include "CleanerCore/Scanning/Scanners/ProjectArtifactsScanner.h"
+#include "tests/Support/ScannerFixtures.h"
+
+#include <gmock/gmock.h>
+
+using namespace loftmere;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+constexpr int64_t enough = 1048576;
+
+// A project of this kind below "Projects" with an artifact that is large enough.
+void project(const test::TemporaryHome& home, const std::string& name, const std::string& marker,
+             const std::string& artifact, int64_t size = enough) {
+    if (!marker.empty()) home.file("Projects/" + name + "/" + marker, "x");
+    home.fileOfSize("Projects/" + name + "/" + artifact + "/data", size);
+}
+
+std::vector<std::string> found(const test::TemporaryHome& home, AppConfig config = {}) {
+    return test::titlesOf(ProjectArtifactsScanner().scan(test::scanContext(home, std::move(config))).value());
+}
+
+// Runs git without the user's own settings; skips the test where there is none.
+void git(const std::string& folder, std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(),
+                     {"-C", folder, "-c", "user.name=A", "-c", "user.email=a@example.com"});
+    const auto result = Shell::run("git", arguments, 30);
+    ASSERT_TRUE(result.ok()) << result.err;
+}
+
+} // namespace
+
+TEST(ProjectArtifacts, AMarkerProvesTheProject) {
+    const test::TemporaryHome home;
+    project(home, "node", "package.json", "node_modules");
+    project(home, "rust", "Cargo.toml", "target");
+    project(home, "small", "Cargo.toml", "target", enough - 4096);
+    project(home, "kotlin", "settings.gradle.kts", ".gradle");
+    project(home, "python", "venv/pyvenv.cfg", "venv");
+    home.file("Projects/python/main.py", "x");
+    project(home, "undated", "venv/pyvenv.cfg", "venv"); // holds nothing but the artifact
+    project(home, "bare", "", "node_modules");
+    project(home, "bare/node_modules/below", "package.json", "node_modules");
+    project(home, "folder", "", "venv");
+    project(home, "beside", "pyvenv.cfg", ".venv");
+    project(home, "go/vendor/inner", "package.json", "node_modules");
+    project(home, "My.app/inner", "package.json", "node_modules");
+    project(home, "My.APP/entered", "package.json", "node_modules");
+    project(home, "fresh", "package.json", "node_modules");
+    home.file("Projects/linked/package.json", "{}");
+    home.link("Projects/linked/node_modules", home.at("Projects/node/node_modules"));
+    test::ageEverything(home, 100.5);
+    home.setAgeDays("Projects/fresh/node_modules", 0.01);
+    const auto items = ProjectArtifactsScanner().scan(test::scanContext(home)).value();
+    EXPECT_THAT(test::titlesOf(items), ElementsAre("entered/node_modules", "kotlin/.gradle",
+                                                   "node/node_modules", "python/venv", "rust/target"));
+    for (const ScanItem& item : items) {
+        if (item.title != "rust/target") continue;
+        EXPECT_EQ(item.reason, "rust untouched for 100 days. Restore with: cargo build");
+        EXPECT_EQ(item.size, enough);
+    }
+}
+
+TEST(ProjectArtifacts, ActivityIsTheProjectsOwnWork) {
+    struct Case {
+        const char* changed;
+        bool stale;
+    };
+    for (const Case& c :
+         {Case{"package.json", false}, Case{"src/main.js", false}, Case{"src/deep/main.js", true},
+          Case{"node_modules/data", true}, Case{".git/FETCH_HEAD", false}, Case{".git/config", true}}) {
+        const test::TemporaryHome home;
+        project(home, "app", "package.json", "node_modules");
+        for (const char* name : {"src/main.js", "src/deep/main.js", ".git/FETCH_HEAD", ".git/config"}) {
+            home.file(std::string("Projects/app/") + name, "x");
+        }
+        test::ageEverything(home, 60);
+        home.setAgeDays(std::string("Projects/app/") + c.changed, 1);
+        EXPECT_EQ(found(home).empty(), !c.stale) << c.changed;
+    }
+}
+
+TEST(ProjectArtifacts, ARealCommitCountsAsWork) {
+    if (!Shell::which("git")) GTEST_SKIP() << "git is not installed";
+    const test::TemporaryHome home;
+    project(home, "app", "package.json", "node_modules");
+    home.file("Projects/app/src/lib/main.js", "x");
+    git(home.at("Projects/app"), {"init", "-q"});
+    git(home.at("Projects/app"), {"add", "package.json", "src"});
+    git(home.at("Projects/app"), {"commit", "-q", "-m", "one"});
+    test::ageEverything(home, 60);
+    EXPECT_THAT(found(home), ElementsAre("app/node_modules"));
+    home.file("Projects/app/src/lib/main.js", "y");
+    git(home.at("Projects/app"), {"commit", "-q", "-a", "-m", "two"});
+    for (const char* listed : {"src", "src/lib", ".git", "package.json"}) {
+        home.setAgeDays(std::string("Projects/app/") + listed, 60);
+    }
+    EXPECT_THAT(found(home), IsEmpty());
+}
+
+TEST(ProjectArtifacts, DepthAndRoots) {
+    const test::TemporaryHome home;
+    const std::string seven = "1/2/3/4/5/6/7";
+    project(home, seven, "package.json", "node_modules");
+    project(home, seven + "/8", "package.json", "node_modules");
+    home.folder("other");
+    home.link("Code", home.at("Projects"));
+    test::ageEverything(home, 60);
+    EXPECT_THAT(found(home), ElementsAre("7/node_modules"));
+    EXPECT_THAT(found(home, {.developerRoots = {"~/missing"}}), IsEmpty());
+    EXPECT_THAT(found(home, {.developerRoots = {"~/Projects/1", "~/Projects//1/2/.."}}),
+                ElementsAre("7/node_modules", "8/node_modules"));
+    const AppConfig config{.developerRoots = {"~/other", "~/Code", home.at("other") + "/"}};
+    EXPECT_THAT(ProjectArtifactsScanner::roots(test::scanContext(home, config)),
+                ElementsAre(home.at("other")));
+    EXPECT_THAT(ProjectArtifactsScanner::roots(test::scanContext(home, {})),
+                ElementsAre(home.at("Projects")));
+}
+
+TEST(ProjectArtifacts, ActivityLooksAtTwoHundredEntriesOfAFolder) {
+    const test::TemporaryHome home;
+    for (int i = 0; i < 300; ++i) home.file("p/src/" + std::to_string(i), "x");
+    test::ageEverything(home, 60);
+    int reached = 0;
+    for (int i = 0; i < 300; ++i) {
+        home.setAgeDays("p/src/" + std::to_string(i), 1);
+        const auto activity = ProjectArtifactsScanner::projectActivity(home.at("p"), {});
+        if (secondsBetween(*activity, currentDate()) < 86400 * 2) ++reached;
+        home.setAgeDays("p/src/" + std::to_string(i), 60);
+    }
+    EXPECT_EQ(reached, 200);
+    EXPECT_EQ(ProjectArtifactsScanner::projectActivity(home.at("missing"), {}), std::nullopt);
+}
