@@ -38,7 +38,9 @@ void declareAll(CLI::App& program, Request& request) {
     const auto formatter = program.get_formatter();
     formatter->column_width(26);
     for (const auto& [theirs, ours] : labels) formatter->label(theirs, ours);
-    declareScan(program, request);
+    for (const auto declare : {declareScan, declareClean, declareUndo, declareSessions, declarePurge,
+                               declareHistory, declareCheck})
+        declare(program, request);
 }
 
 int answer(Console& console, std::string_view text) {

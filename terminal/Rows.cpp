@@ -7,24 +7,26 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <ctime>
 
 namespace loftmere {
 
 namespace {
 
-constexpr int tickWidth = 3;
+constexpr int margin = 3; // what leads a row, if it is no more than a tick
 constexpr int sizeWidth = 9;
 constexpr int gap = 2;
 constexpr int unlimitedTitle = 48;    // where no terminal sets a limit, longer titles push their note aside
 constexpr int narrowestForNotes = 40; // with less room than this, notes go below their title
 
 struct Columns {
+    int lead = margin;
     int tag = 0;
     int title = 0; // 0: as long as it is
     int note = 0;  // 0: as long as it is
     bool noteBelow = false;
 
-    int indent() const { return tickWidth + sizeWidth + gap + (tag > 0 ? tag + gap : 0); }
+    int indent() const { return lead + sizeWidth + gap + (tag > 0 ? tag + gap : 0); }
 };
 
 Columns columnsFor(const Console& console, std::span<const Row> rows) {
@@ -32,6 +34,7 @@ Columns columnsFor(const Console& console, std::span<const Row> rows) {
     int longestTitle = 0;
     bool notes = false;
     for (const Row& row : rows) {
+        columns.lead = std::max(columns.lead, displayWidth(row.lead));
         columns.tag = std::max(columns.tag, displayWidth(row.tag));
         longestTitle = std::max(longestTitle, displayWidth(row.title));
         notes = notes || !row.note.empty();
@@ -59,8 +62,8 @@ std::string titleOf(const Console& console, const Row& row, const Columns& colum
 
 void printRow(Console& console, const Row& row, const Columns& columns) {
     std::string line =
-        row.ticked ? console.paint(Ink::green, fmt::format(" {} ", console.glyphs().tick)) : "   ";
-    line += padLeft(ByteFormat::string(row.size), sizeWidth) + "  ";
+        console.paint(row.leadInk, row.lead) + padded("", columns.lead - displayWidth(row.lead));
+    line += padLeft(row.size ? ByteFormat::string(*row.size) : "", sizeWidth) + padded("", gap);
     if (columns.tag > 0)
         line += console.paint(row.tagInk, row.tag) + padded("", columns.tag - displayWidth(row.tag) + gap);
     const std::string title = titleOf(console, row, columns);
@@ -88,6 +91,17 @@ void printRows(Console& console, std::span<const Row> rows) {
     for (const Row& row : rows) printRow(console, row, columns);
 }
 
+void printRows(Console& console, std::span<const Row> rows, bool full) {
+    const size_t shown = full || console.width() == 0 ? rows.size() : std::min(rows.size(), shownRows);
+    printRows(console, rows.first(shown));
+    if (shown == rows.size()) return;
+    int64_t rest = 0;
+    for (const Row& row : rows.subspan(shown)) rest += row.size.value_or(0);
+    const std::string more =
+        fmt::format("+ {} more, {} (--full shows them)", rows.size() - shown, ByteFormat::string(rest));
+    printParagraph(console, Ink::dim, more, margin);
+}
+
 void printHeading(Console& console, std::string_view left, std::string_view right) {
     const int width = console.width() == 0 ? 80 : std::min(console.width(), 100);
     const int room = std::max(width - displayWidth(right) - gap, 8);
@@ -99,6 +113,27 @@ void printParagraph(Console& console, Ink ink, std::string_view text, int indent
     const int width = console.width() == 0 ? displayWidth(text) : console.width() - indent;
     for (const std::string& line : wrapped(text, width))
         console.printLine(padded("", indent) + console.paint(ink, line));
+}
+
+std::string riskTag(Risk risk) {
+    return padded(label(risk), displayWidth(label(Risk::caution)));
+}
+
+Ink inkOf(Risk risk) {
+    switch (risk) {
+    case Risk::safe: return Ink::green;
+    case Risk::review: return Ink::yellow;
+    case Risk::caution: return Ink::red;
+    }
+    return Ink::plain;
+}
+
+std::string shownDate(Date date) {
+    const std::time_t seconds = std::chrono::system_clock::to_time_t(date);
+    std::tm local{};
+    if (::localtime_r(&seconds, &local) == nullptr) return toISO8601(date);
+    char text[64];
+    return {text, std::strftime(text, sizeof text, "%Y-%m-%d %H:%M", &local)};
 }
 
 std::string counted(size_t count, std::string_view noun) {

@@ -13,7 +13,6 @@ namespace loftmere {
 
 namespace {
 
-constexpr size_t shownPerCategory = 15;
 constexpr int noteIndent = 3;
 
 // The results in the engine's order, which is that of the categories.
@@ -26,18 +25,8 @@ std::vector<const CategoryResult*> resultsOf(const AppModel& model,
     return results;
 }
 
-Ink inkOf(Risk risk) {
-    switch (risk) {
-    case Risk::safe: return Ink::green;
-    case Risk::review: return Ink::yellow;
-    case Risk::caution: return Ink::red;
-    }
-    return Ink::plain;
-}
-
 // The reason that all items share, else an empty text.
 std::string sharedReason(const std::vector<ScanItem>& items) {
-    if (items.size() < 2) return {};
     const auto differs = [&](const ScanItem& item) { return item.reason != items.front().reason; };
     return std::ranges::any_of(items, differs) ? "" : items.front().reason;
 }
@@ -46,29 +35,18 @@ void printItems(Console& console, const std::vector<ScanItem>& items, const std:
                 bool full) {
     const std::string shared = sharedReason(items);
     if (!shared.empty()) printParagraph(console, Ink::dim, printable(shared), noteIndent);
-    const size_t shown =
-        full || console.width() == 0 ? items.size() : std::min(items.size(), shownPerCategory);
+    const std::string tick = fmt::format(" {}", console.glyphs().tick);
     std::vector<Row> rows;
-    int64_t rest = 0;
-    for (size_t i = 0; i < items.size(); ++i) {
-        const ScanItem& item = items[i];
-        if (i >= shown) {
-            rest += item.size;
-            continue;
-        }
-        rows.push_back({.ticked = ticked.contains(item.id),
+    for (const ScanItem& item : items) {
+        rows.push_back({.lead = ticked.contains(item.id) ? tick : "",
+                        .leadInk = Ink::green,
                         .size = item.size,
-                        .tag = label(item.risk),
+                        .tag = riskTag(item.risk),
                         .tagInk = inkOf(item.risk),
                         .title = printable(item.title),
                         .note = shared.empty() ? printable(item.reason) : ""});
     }
-    printRows(console, rows);
-    if (shown < items.size()) {
-        const std::string more =
-            fmt::format("+ {} more, {} (--full shows them)", items.size() - shown, ByteFormat::string(rest));
-        printParagraph(console, Ink::dim, more, noteIndent);
-    }
+    printRows(console, rows, full);
 }
 
 void printResult(Console& console, const CategoryResult& result, const std::set<std::string>& ticked,
@@ -97,7 +75,8 @@ struct Sum {
     }
 };
 
-void printTotals(Session& session, const std::vector<const CategoryResult*>& results) {
+void printTotals(Session& session, const std::vector<const CategoryResult*>& results,
+                 const std::string& cleanCommand) {
     Sum found;
     Sum ticked;
     for (const CategoryResult* result : results) {
@@ -111,7 +90,9 @@ void printTotals(Session& session, const std::vector<const CategoryResult*>& res
         console.printLine("Nothing to remove here right now.");
     } else {
         console.printLine(console.paint(Ink::bold, "Found   ") + found.text());
-        console.printLine(console.paint(Ink::bold, "Ticked  ") + ticked.text());
+        const std::string how = ticked.count > 0 ? fmt::format("  (\"{}\" removes them)", cleanCommand) : "";
+        console.printLine(console.paint(Ink::bold, "Ticked  ") + ticked.text() +
+                          console.paint(Ink::dim, how));
     }
     if (const auto& space = *session.model().space) {
         console.printLine(
@@ -122,7 +103,10 @@ void printTotals(Session& session, const std::vector<const CategoryResult*>& res
 
 } // namespace
 
-void printScan(Session& session, const std::vector<CleanCategory>& categories, bool full) {
+void printScan(Session& session, const std::vector<CleanCategory>& categories,
+               const std::vector<std::string>& names, bool full) {
+    std::vector<std::string> cleanCommand{"loftmere", "clean"};
+    cleanCommand.insert(cleanCommand.end(), names.begin(), names.end());
     const auto results = resultsOf(session.model(), categories);
     std::vector<std::string> empty;
     for (const CategoryResult* result : results) {
@@ -136,7 +120,7 @@ void printScan(Session& session, const std::vector<CleanCategory>& categories, b
         printParagraph(console, Ink::dim, "Nothing in " + joined(empty, ", "), 0);
         console.printLine();
     }
-    if (!results.empty()) printTotals(session, results);
+    if (!results.empty()) printTotals(session, results, joined(cleanCommand, " "));
 }
 
 Json scanDocument(const AppModel& model, const std::vector<CleanCategory>& categories) {

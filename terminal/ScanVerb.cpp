@@ -26,7 +26,7 @@ ExitStatus scan(Session& session, const ScanOptions& options) {
     if (session.json())
         session.print(scanDocument(session.model(), *categories));
     else
-        printScan(session, *categories, options.full);
+        printScan(session, *categories, options.names, options.full);
     return status;
 }
 

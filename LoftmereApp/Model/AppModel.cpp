@@ -43,6 +43,14 @@ bool AppModel::runningAny(const std::string& prefix) const {
     return first != ops->end() && first->first.starts_with(prefix);
 }
 
+void AppModel::begin(const std::string& key, std::string label) {
+    ops.update([&](auto& running) { running[key] = std::move(label); });
+}
+
+void AppModel::end(const std::string& key) {
+    ops.update([&](auto& running) { running.erase(key); });
+}
+
 void AppModel::postWhileAlive(std::function<void()> change) const {
     main_->post([life = std::weak_ptr(life_), change = std::move(change)] {
         if (!life.expired()) change();

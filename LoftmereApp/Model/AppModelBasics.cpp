@@ -11,6 +11,8 @@ constexpr double flashSeconds = 3.5;
 
 void AppModel::refreshBasics() {
     space = FS::volumeSpace(paths.home());
+    refreshAdminQueue();
+    refreshSafety();
 }
 
 void AppModel::flash(std::string message) {

@@ -12,6 +12,9 @@ void AppModel::open(SidebarItem item) {
 
 void AppModel::load(SidebarItem item) {
     switch (item) {
+    case SidebarItem::smartCare:
+    case SidebarItem::schedules:
+    case SidebarItem::quarantine: refreshSafety(); break;
     case SidebarItem::systemJunk:
     case SidebarItem::developer:
     case SidebarItem::personal:

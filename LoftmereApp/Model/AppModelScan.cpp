@@ -33,7 +33,7 @@ Task<> AppModel::scan(std::vector<CleanCategory> categories, bool autoSelectSafe
     if (wanted.empty() || std::ranges::any_of(wanted, isBeingScanned)) co_return;
 
     const std::string key = scanKey(wanted);
-    ops.update([&](auto& running) { running[key] = scanLabel(wanted); });
+    begin(key, scanLabel(wanted));
     scanningCategories.update([&](auto& scanning) { scanning.insert(wanted.begin(), wanted.end()); });
 
     const auto found = co_await background(
@@ -48,7 +48,7 @@ Task<> AppModel::scan(std::vector<CleanCategory> categories, bool autoSelectSafe
         for (const CleanCategory category : wanted) scanning.erase(category);
     });
     space = FS::volumeSpace(paths.home());
-    ops.update([&](auto& running) { running.erase(key); });
+    end(key);
 }
 
 std::function<void(CleanCategory, const std::string&)> AppModel::statusReporter() {

@@ -1,8 +1,5 @@
 #include "CleanerCore/Files/ConfigStore.h"
-#include "LoftmereApp/Model/AppModel.h"
-#include "tests/Support/ManualLoop.h"
-#include "tests/Support/ScriptedScanner.h"
-#include "tests/Support/TemporaryHome.h"
+#include "tests/Support/ModelFixture.h"
 
 #include <gmock/gmock.h>
 
@@ -37,18 +34,9 @@ auto oneOfEach(CleanCategory category) {
     };
 }
 
-class ModelTest : public testing::Test {
+class ModelTest : public ModelFixture {
 protected:
-    std::unique_ptr<AppModel> makeModel(ScannerScript script = {}) {
-        return std::make_unique<AppModel>(main.loop, home.paths(), scripted(std::move(script)));
-    }
-    void finish(const Task<>& task) {
-        main.runUntil([&] { return task.isDone(); });
-    }
     std::string found(const char* name) { return home.at(std::string("Library/Caches/") + name); }
-
-    TemporaryHome home;
-    ManualLoop main;
 };
 
 } // namespace

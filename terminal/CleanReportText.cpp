@@ -1,0 +1,57 @@
+#include "terminal/CleanReportText.h"
+
+#include "CleanerCore/Automation/ScheduledRunner.h"
+#include "CleanerCore/Support/ByteFormat.h"
+#include "CleanerCore/Support/Text.h"
+#include "terminal/Rows.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <map>
+
+namespace loftmere {
+
+namespace {
+
+constexpr int barWidth = 24;
+
+} // namespace
+
+void printFailures(Session& session, std::string_view heading, std::span<const CleanFailure> failures) {
+    if (failures.empty()) return;
+    Console& console = session.console();
+    console.printLine(console.paint(Ink::red, heading));
+    std::vector<Row> rows;
+    for (const CleanFailure& failure : failures) {
+        rows.push_back({.title = session.shown(failure.itemID),
+                        .titleIsPath = true,
+                        .note = printable(failure.message)});
+    }
+    printRows(console, rows);
+    console.printLine();
+}
+
+void printCleanReport(Session& session, const std::vector<ScanItem>& items, const CleanReport& report,
+                      bool dryRun) {
+    // The preview has told a dry run's failures with each item.
+    if (!dryRun) printFailures(session, "Failed", report.failures);
+    Console& console = session.console();
+    console.printLine(console.paint(Ink::bold, ScheduledRunner::summarize(report, dryRun)));
+    if (dryRun) return console.printLine("Nothing was changed.");
+    if (items.empty()) return;
+    if (report.quarantineSessionID)
+        console.printLine(fmt::format("Undo with: loftmere undo {}", printable(*report.quarantineSessionID)));
+    if (const auto& space = *session.model().space)
+        console.printLine(
+            fmt::format("{} free of {}", ByteFormat::string(space->free), ByteFormat::string(space->total)));
+}
+
+std::string bar(const Console& console, double share) {
+    const int done = static_cast<int>(std::clamp(share, 0.0, 1.0) * barWidth);
+    std::string text;
+    for (int i = 0; i < barWidth; ++i) text += i < done ? console.glyphs().barDone : console.glyphs().barLeft;
+    return text;
+}
+
+} // namespace loftmere

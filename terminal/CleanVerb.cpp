@@ -1,0 +1,184 @@
+#include "CleanerCore/Automation/ScheduledRunner.h"
+#include "CleanerCore/Removal/PrivilegedSession.h"
+#include "CleanerCore/Support/ByteFormat.h"
+#include "CleanerCore/Support/Text.h"
+#include "terminal/CategoryNames.h"
+#include "terminal/CleanReportText.h"
+#include "terminal/PreviewReport.h"
+#include "terminal/Rows.h"
+#include "terminal/ScanRun.h"
+#include "terminal/StatusLine.h"
+#include "terminal/Verbs.h"
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+namespace loftmere {
+
+namespace {
+
+constexpr const char* interrupted =
+    "loftmere: interrupted; \"loftmere sessions\" lists what can be brought back\n";
+
+struct CleanOptions {
+    std::vector<std::string> names;
+    std::vector<std::string> selected;
+    bool all = false;
+    bool dryRun = false;
+    bool yes = false;
+    bool admin = false;
+    bool full = false;
+};
+
+// One run of the verb.
+class CleanRunner {
+public:
+    CleanRunner(Session& session, const CleanOptions& options) : session_(session), options_(options) {}
+
+    ExitStatus run(const std::vector<CleanCategory>& categories) {
+        status_ = runScan(session_, categories);
+        tellScanErrors(categories);
+        tick(categories);
+        const CleanPreview preview = look();
+        if (!session_.json()) printPreview(session_, items_, preview, options_.full);
+        if (options_.dryRun) {
+            answer(preview.report, true);
+        } else if (items_.empty() || agrees(preview)) {
+            clean(categories);
+        } else {
+            session_.console().say("nothing was changed");
+        }
+        return status_;
+    }
+
+private:
+    AppModel& model() { return session_.model(); }
+
+    void tellScanErrors(const std::vector<CleanCategory>& categories) {
+        for (const CleanCategory category : categories) {
+            const auto result = model().results->find(category);
+            if (result == model().results->end() || !result->second.error) continue;
+            session_.console().say(fmt::format("{} could not be scanned: {}", traits(category).displayName,
+                                               printable(*result->second.error)));
+        }
+    }
+
+    // The scan has ticked what opening the sections ticks; what was asked for instead takes its place.
+    void tick(const std::vector<CleanCategory>& categories) {
+        items_ = model().items(categories);
+        if (options_.all || !options_.selected.empty()) {
+            std::set<std::string> wanted(options_.selected.begin(), options_.selected.end());
+            std::set<std::string> found;
+            for (const ScanItem& item : items_) {
+                if (options_.all || wanted.erase(item.id) > 0) found.insert(item.id);
+            }
+            model().selected = std::move(found);
+            for (const std::string& id : wanted) fail(fmt::format("no scan found {}", printable(id)));
+        }
+        std::erase_if(items_, [&](const ScanItem& item) { return !model().selected->contains(item.id); });
+    }
+
+    CleanPreview look() {
+        const auto preview = model().preview(items_, ManualTrigger{});
+        session_.wait([&] { return preview.isDone(); }, [] { return "Looking at each item"; });
+        return preview.value();
+    }
+
+    bool agrees(const CleanPreview& preview) {
+        if (options_.yes) return true;
+        const Extent extent = extentOf(items_, preview);
+        const std::string answer = asciiLowercased(session_.console().ask(fmt::format(
+            "Clean {} ({})? [y/N] ", counted(extent.count, "item"), ByteFormat::string(extent.bytes))));
+        return answer == "y" || answer == "yes";
+    }
+
+    void clean(const std::vector<CleanCategory>& categories) {
+        sayWhenInterrupted(interrupted);
+        const auto run = model().cleanSelected(categories);
+        session_.wait([&] { return run.isDone(); }, [&] { return progress(); });
+        if (!run.value().failures.empty()) status_ = ExitStatus::failed;
+        answer(run.value(), false);
+        finishAsAdmin();
+    }
+
+    std::string progress() {
+        const double share = *model().cleanProgress;
+        return fmt::format("{} {:3.0f} %  {}", bar(session_.console(), share), share * 100,
+                           joined(model().busyLabels(), ", "));
+    }
+
+    void finishAsAdmin() {
+        const int pending = *model().pendingAdmin;
+        if (pending == 0) return;
+        if (!options_.admin) {
+            session_.console().say(
+                fmt::format("{} ({}) left: administrator rights are needed; --admin asks for them",
+                            counted(static_cast<size_t>(pending), "item"),
+                            ByteFormat::string(*model().pendingAdminBytes)));
+            return;
+        }
+        const auto flush = model().flushAdminQueue();
+        session_.wait([&] { return flush.isDone(); }, [&] { return joined(model().busyLabels(), ", "); });
+        if (const auto& words = *model().toast) session_.console().say(printable(*words));
+        if (!flush.value().failed.empty()) status_ = ExitStatus::failed;
+    }
+
+    void answer(const CleanReport& report, bool dryRun) {
+        if (session_.json())
+            session_.print(JsonCodec<CleanReport>::encode(report));
+        else
+            printCleanReport(session_, items_, report, dryRun);
+    }
+
+    void fail(const std::string& message) {
+        session_.console().say(message);
+        status_ = ExitStatus::failed;
+    }
+
+    Session& session_;
+    const CleanOptions& options_;
+    std::vector<ScanItem> items_;
+    ExitStatus status_ = ExitStatus::done;
+};
+
+ExitStatus clean(Session& session, const CleanOptions& options) {
+    const auto categories = categoriesNamed(options.names);
+    if (!categories) {
+        session.console().say(categories.error().message);
+        return ExitStatus::usage;
+    }
+    if (!options.dryRun && !options.yes && !session.console().canAsk()) {
+        session.console().say("nobody is there to ask; give --yes, or --dry-run to see what would happen");
+        return ExitStatus::usage;
+    }
+    const ExitStatus status = CleanRunner(session, options).run(*categories);
+    // A root helper must not outlive the program that started it.
+    PrivilegedSession::shared().end();
+    return status;
+}
+
+} // namespace
+
+void declareClean(CLI::App& program, Request& request) {
+    const auto options = std::make_shared<CleanOptions>();
+    CLI::App& verb = addVerb(program, request, "clean", "Remove what is safe to remove, after asking");
+    verb.add_option("NAME", options->names, "Categories and sections to clean; none means all");
+    auto* all =
+        verb.add_flag("--all", options->all, "Act on everything that is found, not only on what is ticked");
+    verb.add_option("--select", options->selected, "Act on the finding with this id instead; may be repeated")
+        ->type_name("ID")
+        ->allow_extra_args(false)
+        ->excludes(all);
+    verb.add_flag("--dry-run", options->dryRun, "Show what would happen and change nothing");
+    verb.add_flag("--yes", options->yes, "Do not ask");
+    verb.add_flag("--admin", options->admin,
+                  "In the end remove what needs administrator rights, with one prompt");
+    verb.add_flag("--full", options->full, "Show every item, not only the first of each group");
+    verb.footer(namesHelp());
+    verb.callback([&request, options] {
+        request.run = [options](Session& session) { return clean(session, *options); };
+    });
+}
+
+} // namespace loftmere

@@ -1,0 +1,120 @@
+#include "terminal/PreviewReport.h"
+
+#include "CleanerCore/Removal/CloudFiles.h"
+#include "CleanerCore/Support/ByteFormat.h"
+#include "CleanerCore/Support/Text.h"
+#include "terminal/Rows.h"
+
+#include <fmt/format.h>
+
+#include <array>
+
+namespace loftmere {
+
+namespace {
+
+constexpr int noteIndent = 3;
+
+struct Group {
+    CleanAction action;
+    const char* heading;
+    const char* note; // what it means for the user; empty where the heading tells all
+    bool acts;        // something is done to the item
+};
+
+// In the order in which they are shown.
+// clang-format off
+constexpr std::array groups{
+    Group{CleanAction::remove,        "Delete immediately",                   "", true},
+    Group{CleanAction::command,       "Run a command",                        "", true},
+    Group{CleanAction::trash,         "Move to Trash",                        "", true},
+    Group{CleanAction::quarantine,    "Quarantine (undo)",                    "", true},
+    Group{CleanAction::evict,         "Offload to cloud",                     "Local copies are removed. Files stay in the cloud and download again when you open them.", true},
+    Group{CleanAction::queueForAdmin, "Wait for administrator rights",        "Removed with --admin, after one password prompt.", true},
+    Group{CleanAction::removeAsAdmin, "Delete with administrator rights",     "Asks for the password.", true},
+    Group{CleanAction::gone,          "Already gone",                         "", false},
+    Group{CleanAction::skip,          "Skipped",                              "", false},
+    Group{CleanAction::fail,          "Cannot be cleaned",                    "", false},
+};
+// clang-format on
+
+const Group& groupOf(CleanAction action) {
+    for (const Group& group : groups) {
+        if (group.action == action) return group;
+    }
+    return groups.back();
+}
+
+Row rowOf(Session& session, const ScanItem& item, const CleanPlan& plan) {
+    const std::string* path = item.anyPath();
+    return {.size = item.size,
+            .tag = riskTag(item.risk),
+            .tagInk = inkOf(item.risk),
+            .title = path != nullptr ? session.shown(*path) : printable(item.title),
+            .titleIsPath = path != nullptr,
+            .note = printable(plan.message)};
+}
+
+void printGroup(Session& session, const Group& group, const std::vector<Row>& rows, bool full) {
+    Console& console = session.console();
+    int64_t bytes = 0;
+    for (const Row& row : rows) bytes += row.size.value_or(0);
+    printHeading(console, group.heading,
+                 fmt::format("{}  {:>9}", counted(rows.size(), "item"), ByteFormat::string(bytes)));
+    std::string note = group.note;
+    if (group.action == CleanAction::quarantine) {
+        note = fmt::format("Quarantined items can be restored for {} days.",
+                           session.model().config->quarantineRetentionDays);
+    }
+    if (!note.empty()) printParagraph(console, Ink::dim, note, noteIndent);
+    printRows(console, rows, full);
+    console.printLine();
+}
+
+// A removal that reaches the user's other machines is told before all else can be agreed to.
+void warnOfSynced(Session& session, const std::vector<ScanItem>& items, const CleanPreview& preview) {
+    size_t count = 0;
+    std::set<std::string> providers;
+    for (size_t i = 0; i < items.size(); ++i) {
+        if (!preview.plans[i].isSynced || !groupOf(preview.plans[i].action).acts) continue;
+        ++count;
+        providers.insert(CloudFiles::providerName(*items[i].anyPath(), session.model().paths.home()));
+    }
+    if (count == 0) return;
+    Console& console = session.console();
+    const std::string names = joined({providers.begin(), providers.end()}, " and ");
+    printParagraph(console, Ink::red, fmt::format("{} of these live in {}.", count, printable(names)), 0);
+    printParagraph(
+        console, Ink::red,
+        "Removing them here removes them from every device signed in to that account — this is not just a "
+        "local copy, and undo on this Mac cannot bring them back.",
+        0);
+    console.printLine();
+}
+
+} // namespace
+
+Extent extentOf(const std::vector<ScanItem>& items, const CleanPreview& preview) {
+    Extent extent;
+    for (size_t i = 0; i < items.size(); ++i) {
+        if (!groupOf(preview.plans[i].action).acts) continue;
+        ++extent.count;
+        extent.bytes += items[i].size;
+    }
+    return extent;
+}
+
+void printPreview(Session& session, const std::vector<ScanItem>& items, const CleanPreview& preview,
+                  bool full) {
+    for (const Group& group : groups) {
+        std::vector<Row> rows;
+        for (size_t i = 0; i < items.size(); ++i) {
+            if (preview.plans[i].action == group.action)
+                rows.push_back(rowOf(session, items[i], preview.plans[i]));
+        }
+        if (!rows.empty()) printGroup(session, group, rows, full);
+    }
+    warnOfSynced(session, items, preview);
+}
+
+} // namespace loftmere

@@ -1,0 +1,101 @@
+#include "CleanerCore/Support/ByteFormat.h"
+#include "CleanerCore/Support/RecordCodec.h"
+#include "CleanerCore/Support/Text.h"
+#include "terminal/CleanReportText.h"
+#include "terminal/Rows.h"
+#include "terminal/SessionLookup.h"
+#include "terminal/Verbs.h"
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+namespace loftmere {
+
+namespace {
+
+struct UndoOptions {
+    std::string session;
+    std::vector<std::string> entries;
+};
+
+// What is to be brought back: no entries mean all of the session.
+std::optional<std::set<std::string>> wantedEntries(const UndoOptions& options) {
+    if (options.entries.empty()) return std::nullopt;
+    return std::set<std::string>(options.entries.begin(), options.entries.end());
+}
+
+// Entries that were named and that the session does not hold.
+std::vector<std::string> unknownEntries(const UndoOptions& options, const QuarantineSession& session) {
+    std::vector<std::string> unknown = options.entries;
+    std::erase_if(unknown, [&](const std::string& name) {
+        const auto isIt = [&](const QuarantineEntry& entry) { return entry.storedName == name; };
+        return std::ranges::any_of(session.entries, isIt);
+    });
+    return unknown;
+}
+
+// How many of the entries that were asked for are still held, and their bytes.
+std::pair<size_t, int64_t> heldOf(const QuarantineSession& session,
+                                  const std::optional<std::set<std::string>>& wanted) {
+    std::pair<size_t, int64_t> held;
+    for (const QuarantineEntry& entry : session.entries) {
+        if (entry.restored || (wanted && !wanted->contains(entry.storedName))) continue;
+        ++held.first;
+        held.second += entry.size;
+    }
+    return held;
+}
+
+void tell(Session& session, const QuarantineSession& restored, const std::vector<CleanFailure>& failures,
+          std::pair<size_t, int64_t> asked) {
+    if (session.json()) {
+        return session.print(
+            {{"session", restored.id}, {"failures", JsonCodec<std::vector<CleanFailure>>::encode(failures)}});
+    }
+    printFailures(session, "Not restored", failures);
+    const size_t back = asked.first - std::min(asked.first, failures.size());
+    session.console().printLine(fmt::format("Restored {} of session {}{}", counted(back, "item"),
+                                            printable(restored.id),
+                                            failures.empty() ? ", " + ByteFormat::string(asked.second) : ""));
+}
+
+ExitStatus undo(Session& session, const UndoOptions& options) {
+    const auto found = options.session.empty() ? newestHeld(session) : sessionNamed(session, options.session);
+    if (!found) {
+        session.console().say(found.error().message);
+        return ExitStatus::failed;
+    }
+    const auto unknown = unknownEntries(options, *found);
+    if (!unknown.empty()) {
+        session.console().say(
+            fmt::format("session {} holds no {}", printable(found->id), printable(joined(unknown, ", "))));
+        return ExitStatus::failed;
+    }
+    const auto wanted = wantedEntries(options);
+    const auto asked = heldOf(*found, wanted);
+    const auto failures = session.model().restore(*found, wanted);
+    if (!failures) {
+        session.console().say(printable(failures.error().message));
+        return ExitStatus::failed;
+    }
+    tell(session, *found, *failures, asked);
+    return failures->empty() ? ExitStatus::done : ExitStatus::failed;
+}
+
+} // namespace
+
+void declareUndo(CLI::App& program, Request& request) {
+    const auto options = std::make_shared<UndoOptions>();
+    CLI::App& verb = addVerb(program, request, "undo", "Bring back what a clean has put into quarantine");
+    verb.add_option("SESSION", options->session,
+                    "The session to undo; none means the newest that holds something");
+    verb.add_option("--entry", options->entries,
+                    "Bring back only the item with this stored name; may be repeated")
+        ->type_name("STOREDNAME")
+        ->allow_extra_args(false);
+    verb.callback([&request, options] {
+        request.run = [options](Session& session) { return undo(session, *options); };
+    });
+}
+
+} // namespace loftmere

@@ -1,0 +1,147 @@
+#include "CleanerCore/Files/FS.h"
+#include "CleanerCore/Platform/FileLock.h"
+#include "CleanerCore/Removal/AuditLog.h"
+#include "tests/Support/ModelFixture.h"
+
+#include <gmock/gmock.h>
+
+using namespace loftmere;
+using namespace loftmere::test;
+using enum CleanCategory;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+class ModelCleanTest : public ModelFixture {
+protected:
+    ScanItem item(const std::string& relative, CleanCategory category) {
+        return ScanItem::make({.target = PathTarget{home.at(relative)}, .size = 1000, .category = category});
+    }
+    ScanItem command(std::vector<std::string> arguments) {
+        return ScanItem::make(
+            {.title = "A tool",
+             .target = CommandTarget{{.executable = "sh", .arguments = std::move(arguments)}},
+             .size = 5,
+             .category = docker});
+    }
+    // A model that has found these items and has them all ticked.
+    std::unique_ptr<AppModel> modelWith(const std::vector<ScanItem>& items) {
+        auto model = makeModel();
+        for (const ScanItem& one : items) {
+            model->results.update([&](auto& all) {
+                all[one.category].category = one.category;
+                all[one.category].items.push_back(one);
+            });
+            model->selected.update([&](auto& ticked) { ticked.insert(one.id); });
+        }
+        return model;
+    }
+    bool exists(const std::string& relative) { return FS::exists(home.at(relative)); }
+};
+
+} // namespace
+
+TEST_F(ModelCleanTest, HandledItemsLeaveTheListsAndFailedOnesStay) {
+    home.file("Library/Logs/old.log", "x");
+    home.file("Downloads/book.pdf", "x");
+    home.file("Downloads/unticked.pdf", "x");
+    home.file(".ssh/id", "x");
+    const ScanItem broken = command({"-c", "echo broken >&2; exit 3"});
+    const ScanItem unticked = item("Downloads/unticked.pdf", oldDownloads);
+    const auto model =
+        modelWith({item("Library/Logs/old.log", logs), item("Downloads/book.pdf", oldDownloads), unticked,
+                   item(".ssh/id", largeOldFiles), broken});
+    model->selected.update([&](auto& ticked) { ticked.erase(unticked.id); });
+
+    const CleanPreview preview =
+        finish(model->preview(model->items({logs, oldDownloads, largeOldFiles, docker}), {}));
+    std::vector<CleanAction> planned;
+    for (const CleanPlan& plan : preview.plans) planned.push_back(plan.action);
+    EXPECT_THAT(planned, ElementsAre(CleanAction::remove, CleanAction::quarantine, CleanAction::quarantine,
+                                     CleanAction::skip, CleanAction::command));
+    EXPECT_TRUE(exists("Library/Logs/old.log") && exists("Downloads/book.pdf"));
+    EXPECT_THAT(*model->audit, IsEmpty());
+
+    const auto run = model->cleanSelected({logs, oldDownloads, largeOldFiles, docker});
+    EXPECT_THAT(model->busyLabels(), ElementsAre("Cleaning 4 item(s)"));
+    EXPECT_TRUE(model->runningAny("clean:"));
+    const CleanReport report = finish(run);
+    EXPECT_THAT(report.failures, ElementsAre(CleanFailure{broken.id, "broken\n"}));
+    EXPECT_THAT(report.skippedProtected, ElementsAre(home.at(".ssh/id")));
+    EXPECT_EQ(*model->lastReport, report);
+    EXPECT_EQ(*model->toast, "Freed 1 KB, 1 KB to quarantine, 1 failed");
+    EXPECT_THAT(*model->selected, ElementsAre(broken.id));
+    EXPECT_THAT(model->items({logs, oldDownloads, largeOldFiles, docker}), ElementsAre(unticked, broken));
+    EXPECT_FALSE(exists("Library/Logs/old.log") || exists("Downloads/book.pdf"));
+    EXPECT_TRUE(exists(".ssh/id") && exists("Downloads/unticked.pdf"));
+    EXPECT_EQ(model->sessions->size(), 1U);
+    EXPECT_EQ(model->audit->size(), 4U);
+    EXPECT_THAT(*model->ops, IsEmpty());
+}
+
+TEST_F(ModelCleanTest, ProgressIsAFractionAndTheLockIsTakenIfItCanBe) {
+    const std::string go = home.at("go");
+    const auto model = modelWith({});
+    const ScanItem waiting = command({"-c", "until [ -e '" + go + "' ]; do sleep 0.01; done"});
+    const auto run = model->clean({item("Library/Logs/none", logs), waiting}, ManualTrigger{});
+    main.runUntil([&] { return *model->cleanProgress == 0.5; });
+    EXPECT_FALSE(FileLock::acquire(model->paths.lockFile()));
+    home.file("go", "");
+    EXPECT_EQ(finish(run).itemsProcessed, 2);
+    EXPECT_EQ(*model->cleanProgress, 1.0);
+
+    const auto taken = FileLock::acquire(model->paths.lockFile());
+    ASSERT_TRUE(taken);
+    EXPECT_EQ(finish(model->clean({waiting}, ManualTrigger{})).itemsProcessed, 1);
+
+    const auto nothing = model->clean({}, ManualTrigger{});
+    EXPECT_TRUE(nothing.isDone());
+    EXPECT_EQ(nothing.value(), CleanReport{});
+}
+
+TEST_F(ModelCleanTest, WhatWasQuarantinedComesBackOrIsGivenUp) {
+    home.file("Downloads/a.pdf", "a");
+    home.file("Downloads/b.pdf", "b");
+    home.file("Downloads/c.pdf", "c");
+    const auto model =
+        modelWith({item("Downloads/a.pdf", oldDownloads), item("Downloads/b.pdf", oldDownloads),
+                   item("Downloads/c.pdf", oldDownloads)});
+    finish(model->cleanSelected({oldDownloads}));
+    const QuarantineSession session = model->sessions->at(0);
+
+    EXPECT_THAT(model->restore(session, std::set<std::string>{"0-a.pdf"}).value(), IsEmpty());
+    EXPECT_EQ(*model->toast, "Restored");
+    EXPECT_EQ(model->sessions->at(0).activeCount(), 2);
+
+    home.file("Downloads/b.pdf", "in the way");
+    const std::string why =
+        "Something already exists at " + home.at("Downloads/b.pdf") + ". Move it first, then restore.";
+    EXPECT_THAT(model->restore(session, std::nullopt).value(),
+                ElementsAre(CleanFailure{home.at("Downloads/b.pdf"), why}));
+    EXPECT_EQ(*model->toast, "1 item(s) couldn't be restored: " + why);
+    EXPECT_TRUE(exists("Downloads/a.pdf") && exists("Downloads/c.pdf"));
+
+    EXPECT_TRUE(model->purge(model->sessions->at(0)));
+    EXPECT_THAT(*model->sessions, IsEmpty());
+    const AuditEntry& last = model->audit->at(0);
+    EXPECT_EQ(last.action, "purge");
+    EXPECT_EQ(last.target, session.id);
+    EXPECT_EQ(last.size, 1000);
+    EXPECT_TRUE(last.success);
+}
+
+TEST_F(ModelCleanTest, TheAdministratorQueueIsShownAndEmptied) {
+    const auto model = makeModel();
+    const ScanItem vanished = ScanItem::make(
+        {.target = AdminPathTarget{"/Library/Caches/com.ostrel.none"}, .size = 700, .category = userCaches});
+    AdminQueue::shared().enqueue({vanished});
+    model->refreshAdminQueue();
+    EXPECT_EQ(*model->pendingAdmin, 1);
+    EXPECT_EQ(*model->pendingAdminBytes, 700);
+    const auto flush = model->flushAdminQueue();
+    EXPECT_THAT(model->busyLabels(), ElementsAre("Removing protected items"));
+    finish(flush);
+    EXPECT_EQ(*model->pendingAdmin, 0);
+    EXPECT_EQ(*model->toast, "Removed 0 protected item(s), Zero KB freed");
+}

@@ -1,0 +1,184 @@
+#include "CleanerCore/Files/FS.h"
+#include "CleanerCore/Records/CleanReport.h"
+#include "CleanerCore/Removal/Quarantine.h"
+#include "CleanerCore/Support/Json.h"
+#include "tests/Support/TemporaryHome.h"
+#include "tests/Terminal/TerminalRun.h"
+
+#include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
+
+using namespace loftmere;
+using namespace loftmere::test;
+using testing::HasSubstr;
+using testing::Not;
+
+namespace {
+
+// A home with one thing of each kind: a cache (deleted, ticked), a thrown-away file (deleted, not ticked) and
+// an old download (quarantined, not ticked).
+class TerminalClean : public testing::Test {
+protected:
+    void SetUp() override {
+        home.fileOfSize("Library/Caches/com.example/data", 100'000);
+        home.setAgeDays("Library/Caches/com.example", 2);
+        home.file(".Trash/thrown.txt", "x");
+        home.file("Downloads/manual.pdf", "x");
+        home.setAgeDays("Downloads/manual.pdf", 400);
+    }
+    TerminalResult run(const std::vector<std::string>& arguments) {
+        return runTerminal({.home = home.path()}, arguments);
+    }
+    Json json(std::vector<std::string> arguments) {
+        arguments.emplace_back("--json");
+        return parseJson(run(arguments).out).value_or(Json());
+    }
+    bool stands(const std::string& relative) { return FS::exists(home.at(relative)); }
+    bool allStands() {
+        return stands("Library/Caches/com.example") && stands(".Trash/thrown.txt") && stands(download);
+    }
+
+    const std::string download = "Downloads/manual.pdf";
+    TemporaryHome home;
+};
+
+} // namespace
+
+TEST_F(TerminalClean, ChangesNothingUnlessToldTo) {
+    struct Case {
+        std::vector<std::string> arguments;
+        int status;
+    };
+    for (const Case& c :
+         {Case{{"clean"}, 2}, Case{{"clean", "--json", "--all"}, 2}, Case{{"clean", "bogus", "--yes"}, 2},
+          Case{{"clean", "--all", "--select", "x", "--yes"}, 2}, Case{{"clean", "--dry-run"}, 0},
+          Case{{"clean", "--all", "--dry-run", "--yes"}, 0}}) {
+        SCOPED_TRACE(testing::PrintToString(c.arguments));
+        EXPECT_EQ(run(c.arguments).status, c.status);
+        EXPECT_TRUE(allStands());
+    }
+    EXPECT_FALSE(stands("Library/Application Support/Ostrel Loftmere/audit.jsonl"));
+}
+
+TEST_F(TerminalClean, PreviewTellsOfEachItemWhatTheCleanThenDoes) {
+    const auto preview = run({"clean", "--all", "--dry-run"});
+    const std::string removed = preview.out.substr(0, preview.out.find("Quarantine (undo)"));
+    EXPECT_THAT(removed, HasSubstr("Delete immediately"));
+    EXPECT_THAT(removed, HasSubstr("~/Library/Caches/com.example"));
+    EXPECT_THAT(removed, HasSubstr("~/.Trash/thrown.txt"));
+    EXPECT_THAT(preview.out.substr(removed.size()), HasSubstr("~/Downloads/manual.pdf"));
+    EXPECT_THAT(preview.out, HasSubstr("Quarantined items can be restored for 7 days."));
+    EXPECT_THAT(preview.out, HasSubstr("Would free "));
+
+    const Json planned = json({"clean", "--all", "--dry-run"});
+    const Json report = json({"clean", "--all", "--yes"});
+    EXPECT_EQ(planned["freedBytes"], report["freedBytes"]);
+    EXPECT_EQ(planned["quarantinedBytes"], report["quarantinedBytes"]);
+    EXPECT_EQ(planned["itemsProcessed"], 0);
+    EXPECT_EQ(report["itemsProcessed"], 3);
+    EXPECT_EQ(report["quarantineSessionID"], Quarantine(home.paths()).sessions().at(0).id);
+    EXPECT_FALSE(stands("Library/Caches/com.example") || stands(".Trash/thrown.txt") || stands(download));
+}
+
+TEST_F(TerminalClean, ActsOnWhatIsTickedOrOnTheIdsThatWereChosen) {
+    const auto ticked = run({"clean", "--yes"});
+    EXPECT_EQ(ticked.status, 0);
+    EXPECT_THAT(ticked.out, HasSubstr("Freed "));
+    EXPECT_FALSE(stands("Library/Caches/com.example"));
+    EXPECT_TRUE(stands(".Trash/thrown.txt") && stands(download));
+
+    const auto chosen =
+        run({"clean", "personal", "--select", home.at(download), "--select", "/none\x1B[2J", "--yes"});
+    EXPECT_EQ(chosen.status, 1); // one of them was not found
+    EXPECT_THAT(chosen.err, HasSubstr("no scan found /none\u241B[2J"));
+    EXPECT_THAT(chosen.out, HasSubstr("loftmere undo "));
+    EXPECT_FALSE(stands(download));
+    EXPECT_TRUE(stands(".Trash/thrown.txt"));
+}
+
+TEST_F(TerminalClean, AsksAPersonAndTakesNoForAnAnswer) {
+    TerminalScreen no({.home = home.path()}, {"clean", "trash", "--all"}, 80);
+    EXPECT_THAT(no.waitFor("[y/N] "), HasSubstr("Clean 1 item ("));
+    no.type("\n");
+    EXPECT_EQ(no.finish().status, 0);
+    EXPECT_TRUE(stands(".Trash/thrown.txt"));
+
+    TerminalScreen interrupted({.home = home.path()}, {"clean", "trash", "--all"}, 80);
+    interrupted.waitFor("[y/N] ");
+    interrupted.type("\x03");
+    EXPECT_EQ(interrupted.finish().status, 130);
+    EXPECT_TRUE(stands(".Trash/thrown.txt"));
+
+    TerminalScreen yes({.home = home.path()}, {"clean", "trash", "--all"}, 80);
+    yes.waitFor("[y/N] ");
+    yes.type("y\n");
+    const auto done = yes.finish();
+    EXPECT_EQ(done.status, 0);
+    EXPECT_THAT(done.out, HasSubstr("Freed "));
+    EXPECT_FALSE(stands(".Trash/thrown.txt"));
+}
+
+TEST_F(TerminalClean, UndoBringsBackAndSessionsHistoryAndPurgeTellTheTruth) {
+    EXPECT_EQ(run({"undo"}).status, 1);
+    home.file("Downloads/second.pdf", "y");
+    home.setAgeDays("Downloads/second.pdf", 300);
+    const std::string id = json({"clean", "oldDownloads", "--all", "--yes"})["quarantineSessionID"];
+    const Json listed = json({"sessions"});
+    ASSERT_EQ(listed.size(), 1U);
+    EXPECT_EQ(listed[0]["id"], id);
+    EXPECT_EQ(listed[0]["entries"].size(), 2U);
+    const std::string stored = listed[0]["entries"][0]["storedName"];
+    EXPECT_THAT(run({"sessions"}).out, HasSubstr(stored));
+
+    EXPECT_EQ(run({"undo", "none"}).status, 1);
+    EXPECT_EQ(run({"undo", id, "--entry", "9-none"}).status, 1);
+    const Json undone = json({"undo", "--entry", stored});
+    EXPECT_EQ(undone, Json({{"session", id}, {"failures", Json::array()}}));
+    EXPECT_NE(stands(download), stands("Downloads/second.pdf"));
+
+    const std::string blocked = listed[0]["entries"][1]["originalPath"];
+    home.file(blocked, "in the way");
+    const auto refused = run({"undo", id});
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_THAT(refused.out, HasSubstr("Something already exists at "));
+    EXPECT_EQ(json({"undo", id})["failures"][0]["itemID"], blocked);
+
+    EXPECT_EQ(json({"purge", id})["session"], id);
+    EXPECT_EQ(run({"purge", id}).status, 1);
+    EXPECT_EQ(json({"sessions"}), Json::array());
+
+    const Json history = json({"history", "--limit", "2"});
+    ASSERT_EQ(history.size(), 2U);
+    EXPECT_EQ(history[0]["action"], "purge");
+    EXPECT_EQ(history[1]["action"], "restore");
+    EXPECT_EQ(history[1]["success"], false);
+    EXPECT_THAT(run({"history"}).out, HasSubstr("not done: 1 item(s) could not be restored"));
+    EXPECT_EQ(run({"history", "--limit", "-1"}).status, 2);
+    EXPECT_EQ(run({"history", "--limit", "0"}).status, 0);
+}
+
+TEST_F(TerminalClean, CheckTellsTheVerdictInWordsAndByName) {
+    const auto told = run({"check", "~/Library/Caches/x", "~/.ssh", "/Library/Caches/x"});
+    EXPECT_EQ(told.status, 0);
+    EXPECT_EQ(told.out, "~/Library/Caches/x: may be removed\n"
+                        "~/.ssh: never removed: Protected personal data\n"
+                        "/Library/Caches/x: may be removed with administrator rights\n");
+    const Json verdicts = json(
+        {"check", "~/Downloads", "~/Library/CloudStorage/Dropbox/x", "/Library/Caches/x", "~/Downloads/x"});
+    EXPECT_EQ(verdicts, Json::parse(R"([
+        {"path": "~/Downloads", "verdict": "blocked", "detail": "Top-level folder"},
+        {"path": "~/Library/CloudStorage/Dropbox/x", "verdict": "syncedCloud", "detail": "Dropbox"},
+        {"path": "/Library/Caches/x", "verdict": "needsAdmin"},
+        {"path": "~/Downloads/x", "verdict": "allowed"}])"));
+    EXPECT_EQ(run({"check"}).status, 2);
+}
+
+TEST_F(TerminalClean, FailuresAreToldAndEndWithOne) {
+    // The quarantine cannot be made where a file stands.
+    home.file("Library/Application Support/Ostrel Loftmere/Quarantine", "in the way");
+    const auto failed = run({"clean", "oldDownloads", "--all", "--yes"});
+    EXPECT_EQ(failed.status, 1);
+    EXPECT_THAT(failed.out, HasSubstr("Failed"));
+    EXPECT_THAT(failed.out, HasSubstr("1 failed"));
+    EXPECT_TRUE(stands(download));
+}
