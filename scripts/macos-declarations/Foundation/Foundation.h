@@ -1,5 +1,5 @@
-// The few declarations of Apple's Foundation that the program's Objective-C++ sources use, written from its public
-// documentation, so that they can be checked on a machine without Apple's frameworks.
+// The few declarations of Apple's Foundation that the program's Objective-C++ sources use, written from its
+// public documentation, so that they can be checked on a machine without Apple's frameworks.
 #pragma once
 
 #import <objc/objc.h>
@@ -9,7 +9,8 @@ typedef unsigned long NSUInteger;
 
 @class NSDictionary, NSError, NSString, NSURL;
 
-__attribute__((objc_root_class)) @interface NSObject
+__attribute__((objc_root_class))
+@interface NSObject
 + (instancetype)alloc;
 - (instancetype)init;
 @end
@@ -31,8 +32,12 @@ __attribute__((objc_root_class)) @interface NSObject
 @end
 
 @interface NSURL : NSObject
-+ (NSURL*)fileURLWithFileSystemRepresentation:(const char*)path isDirectory:(BOOL)isDirectory relativeToURL:(NSURL*)base;
-- (BOOL)getResourceValue:(out id __autoreleasing*)value forKey:(NSString*)key error:(out NSError* __autoreleasing*)error;
++ (NSURL*)fileURLWithFileSystemRepresentation:(const char*)path
+                                  isDirectory:(BOOL)isDirectory
+                                relativeToURL:(NSURL*)base;
+- (BOOL)getResourceValue:(out id __autoreleasing*)value
+                  forKey:(NSString*)key
+                   error:(out NSError* __autoreleasing*)error;
 @end
 
 typedef NSUInteger NSFileCoordinatorWritingOptions;
