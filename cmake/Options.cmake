@@ -17,8 +17,11 @@ endif()
 
 find_program(CCACHE_PROGRAM ccache)
 if(CCACHE_PROGRAM AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
-    set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE_PROGRAM})
+    # Without this laxness nothing that uses a precompiled header would be kept.
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros
+        ${CCACHE_PROGRAM})
 endif()
+add_compile_options("SHELL:-Xclang -fno-pch-timestamp")
 
 add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Wnon-virtual-dtor
                     # libstdc++ 12 uses what it calls deprecated itself, in stable_sort
@@ -40,3 +43,10 @@ if(CMAKE_SYSTEM_NAME STREQUAL "Linux")
 endif()
 
 include_directories(${CMAKE_SOURCE_DIR})
+
+# Tests and the terminal program are large to optimise and quick to run: with a sanitizer that is left out.
+function(loftmere_build_quickly target)
+    if(LOFTMERE_SANITIZER)
+        target_compile_options(${target} PRIVATE -O0)
+    endif()
+endfunction()
