@@ -4,6 +4,7 @@
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -246,6 +247,18 @@ TEST(DuplicateScanner, OpensFewFilesAndReadsAnInodeOnce) {
     reads.clear();
     EXPECT_THAT(counted.split(files), ElementsAre(testing::SizeIs(2)));
     EXPECT_EQ(reads[listed[40].path], 1);
+}
+
+TEST(DuplicateScanner, FewDescriptorsCostNoFindings) {
+    const test::TemporaryHome home;
+    for (int i = 0; i < 400; ++i)
+        home.file("Documents/" + std::to_string(i), std::string(20000 + i / 20, 'a'));
+    rlimit before{};
+    ::getrlimit(RLIMIT_NOFILE, &before);
+    const rlimit few{.rlim_cur = 40, .rlim_max = before.rlim_max};
+    ::setrlimit(RLIMIT_NOFILE, &few);
+    EXPECT_EQ(scannerOf(1).scan(contextOf(home)).value().size(), 380U);
+    ::setrlimit(RLIMIT_NOFILE, &before);
 }
 
 TEST(DuplicateScanner, CancelledAnswersWhatIsProved) {

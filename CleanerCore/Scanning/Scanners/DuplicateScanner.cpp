@@ -1,6 +1,7 @@
 #include "CleanerCore/Scanning/Scanners/DuplicateScanner.h"
 
 #include "CleanerCore/Files/FS.h"
+#include "CleanerCore/Platform/DescriptorLimit.h"
 #include "CleanerCore/Removal/SafetyPolicy.h"
 #include "CleanerCore/Scanning/CandidateWalk.h"
 #include "CleanerCore/Scanning/ContentGroups.h"
@@ -24,9 +25,15 @@ namespace {
 constexpr std::array defaultRoots{"Downloads", "Desktop", "Documents", "Movies", "Music", "Pictures"};
 
 // More than there are cores: while some wait for the disk, others compare, and what is in memory already
-// takes no longer by it. Together they stay well below the number of files that a process may open.
+// takes no longer by it.
 constexpr size_t comparers = 8;
 constexpr size_t openFilesEach = 16;
+
+// How many files each may hold open. All together leave most of what the process may open to the other
+// scanners: a file that cannot be opened for want of descriptors would be missed as a copy.
+size_t heldFilesEach() {
+    return std::min(openFilesEach, descriptorLimit() / (4 * comparers));
+}
 
 std::vector<std::string> rootPaths(const std::optional<std::vector<std::string>>& roots,
                                    const ScanContext& context) {
@@ -67,7 +74,7 @@ std::vector<ContentGroups::Set> equalFiles(const std::vector<FileGroup>& groups,
     std::vector<std::vector<ContentGroups::Set>> found(groups.size());
     std::atomic<size_t> next = 0;
     concurrentPerform(comparers, comparers, [&](size_t) {
-        ContentGroups comparison(openFilesEach, proceed);
+        ContentGroups comparison(heldFilesEach(), proceed);
         for (size_t i = next++; i < groups.size() && !context.isCancelled(); i = next++) {
             found[i] = comparison.split(groups[i]);
         }
