@@ -1,10 +1,16 @@
 #include "terminal/CommandLine.h"
 
+#include "CleanerCore/Platform/DescriptorLimit.h"
+#include "CleanerCore/Platform/Directory.h"
+#include "CleanerCore/Platform/User.h"
 #include "CleanerCore/Support/Text.h"
 #include "terminal/StatusLine.h"
 #include "terminal/Verbs.h"
 
 #include <CLI/CLI.hpp>
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <unistd.h>
 
 #include <csignal>
 
@@ -43,9 +49,16 @@ void declareAll(CLI::App& program, Request& request) {
         declare(program, request);
 }
 
+// What is left to do at the end: to see that all that was printed has gone out.
+int finish(Console& console, ExitStatus status) {
+    if (console.flush()) return static_cast<int>(status);
+    console.say("the output could not be written");
+    return static_cast<int>(ExitStatus::failed);
+}
+
 int answer(Console& console, std::string_view text) {
     console.print(text);
-    return console.flush() ? 0 : static_cast<int>(ExitStatus::failed);
+    return finish(console, ExitStatus::done);
 }
 
 // Parses and says what is wrong. The exit status when there is nothing more to do.
@@ -65,12 +78,24 @@ std::optional<int> parse(CLI::App& program, Console& console, int argc, char** a
 }
 
 // A reader that goes away must not end a clean in its middle. A handler, and not "ignore", because children
-// inherit that.
-void outliveReaders() {
+// inherit that. The ends of children are waited for, also where whoever started this program did not care to.
+void setSignals() {
     struct sigaction action{};
     action.sa_handler = [](int) {};
     action.sa_flags = SA_RESTART;
     ::sigaction(SIGPIPE, &action, nullptr);
+    action = {};
+    action.sa_handler = SIG_DFL;
+    ::sigaction(SIGCHLD, &action, nullptr);
+}
+
+// A standard stream that is closed would else become the first file that is opened, and be written to.
+void fillStandardStreams() {
+    for (int fd = ::open("/dev/null", O_RDONLY); fd >= 0; fd = ::open("/dev/null", O_RDONLY)) {
+        if (fd <= STDERR_FILENO) continue;
+        ::close(fd);
+        return;
+    }
 }
 
 } // namespace
@@ -83,7 +108,9 @@ CLI::App& addVerb(CLI::App& program, Request& request, const char* name, const c
 }
 
 int runCommandLine(int argc, char** argv) {
-    outliveReaders();
+    fillStandardStreams();
+    setSignals();
+    raiseDescriptorLimit();
     endOnInterrupt();
     Console console;
     Request request;
@@ -94,11 +121,13 @@ int runCommandLine(int argc, char** argv) {
         console.say("say what to do\n\n" + program.help());
         return static_cast<int>(ExitStatus::usage);
     }
+    // Where there is none, everything would look clean, and the support folders would be made of thin air.
+    if (const std::string home = homeDirectory(); !readDirectory(home)) {
+        console.say(fmt::format("the home folder {} cannot be read", printable(home)));
+        return static_cast<int>(ExitStatus::failed);
+    }
     Session session(console, request.json);
-    const ExitStatus status = request.run(session);
-    if (console.flush()) return static_cast<int>(status);
-    console.say("the output could not be written");
-    return static_cast<int>(ExitStatus::failed);
+    return finish(console, request.run(session));
 }
 
 } // namespace loftmere

@@ -33,8 +33,8 @@ bool localeIsUTF8() {
 int terminalWidth() {
     winsize size{};
     if (::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) return size.ws_col;
-    const int columns = std::atoi(std::string(environment("COLUMNS")).c_str());
-    return columns > 0 ? columns : 80;
+    const long columns = std::strtol(std::string(environment("COLUMNS")).c_str(), nullptr, 10);
+    return columns > 0 && columns < 10000 ? static_cast<int>(columns) : 80;
 }
 
 const char* escapeOf(Ink ink) {

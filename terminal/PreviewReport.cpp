@@ -2,6 +2,7 @@
 
 #include "CleanerCore/Removal/CloudFiles.h"
 #include "CleanerCore/Support/ByteFormat.h"
+#include "CleanerCore/Support/ByteSum.h"
 #include "CleanerCore/Support/Text.h"
 #include "terminal/Rows.h"
 
@@ -58,7 +59,7 @@ Row rowOf(Session& session, const ScanItem& item, const CleanPlan& plan) {
 void printGroup(Session& session, const Group& group, const std::vector<Row>& rows, bool full) {
     Console& console = session.console();
     int64_t bytes = 0;
-    for (const Row& row : rows) bytes += row.size.value_or(0);
+    for (const Row& row : rows) addBytes(bytes, row.size.value_or(0));
     printHeading(console, group.heading,
                  fmt::format("{}  {:>9}", counted(rows.size(), "item"), ByteFormat::string(bytes)));
     std::string note = group.note;
@@ -99,7 +100,7 @@ Extent extentOf(const std::vector<ScanItem>& items, const CleanPreview& preview)
     for (size_t i = 0; i < items.size(); ++i) {
         if (!groupOf(preview.plans[i].action).acts) continue;
         ++extent.count;
-        extent.bytes += items[i].size;
+        addBytes(extent.bytes, items[i].size);
     }
     return extent;
 }

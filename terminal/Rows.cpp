@@ -1,6 +1,7 @@
 #include "terminal/Rows.h"
 
 #include "CleanerCore/Support/ByteFormat.h"
+#include "CleanerCore/Support/ByteSum.h"
 #include "CleanerCore/Support/DisplayWidth.h"
 #include "terminal/Layout.h"
 
@@ -96,7 +97,7 @@ void printRows(Console& console, std::span<const Row> rows, bool full) {
     printRows(console, rows.first(shown));
     if (shown == rows.size()) return;
     int64_t rest = 0;
-    for (const Row& row : rows.subspan(shown)) rest += row.size.value_or(0);
+    for (const Row& row : rows.subspan(shown)) addBytes(rest, row.size.value_or(0));
     const std::string more =
         fmt::format("+ {} more, {} (--full shows them)", rows.size() - shown, ByteFormat::string(rest));
     printParagraph(console, Ink::dim, more, margin);

@@ -1,6 +1,7 @@
 #include "terminal/ScanReport.h"
 
 #include "CleanerCore/Support/ByteFormat.h"
+#include "CleanerCore/Support/ByteSum.h"
 #include "CleanerCore/Support/RecordCodec.h"
 #include "CleanerCore/Support/Text.h"
 #include "terminal/Rows.h"
@@ -68,7 +69,7 @@ struct Sum {
 
     void add(const ScanItem& item) {
         ++count;
-        bytes += item.size;
+        addBytes(bytes, item.size);
     }
     std::string text() const {
         return fmt::format("{}, {}", counted(count, "item"), ByteFormat::string(bytes));

@@ -48,7 +48,7 @@ std::string Session::shown(const std::string& path) {
 }
 
 void Session::print(const Json& document) {
-    console_.printLine(document.dump(2, ' ', false, Json::error_handler_t::replace));
+    console_.printLine(printableJson(document.dump(2, ' ', false, Json::error_handler_t::replace)));
 }
 
 } // namespace loftmere

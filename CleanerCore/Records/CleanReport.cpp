@@ -1,5 +1,6 @@
 #include "CleanerCore/Records/CleanReport.h"
 
+#include "CleanerCore/Support/ByteSum.h"
 #include "CleanerCore/Support/RecordCodec.h"
 
 namespace loftmere {
@@ -26,7 +27,10 @@ constexpr std::tuple reportFields{
 } // namespace
 
 int64_t CleanReport::totalHandledBytes() const {
-    return freedBytes + quarantinedBytes + trashedBytes + evictedBytes;
+    int64_t total = 0;
+    for (const int64_t bytes : {freedBytes, quarantinedBytes, trashedBytes, evictedBytes})
+        addBytes(total, bytes);
+    return total;
 }
 
 Json JsonCodec<CleanFailure>::encode(const CleanFailure& value) {

@@ -4,15 +4,31 @@
 #include "CleanerCore/Scanning/Throttle.h"
 #include "CleanerCore/Support/Concurrent.h"
 
+#include <fmt/format.h>
+
+#include <exception>
 #include <mutex>
+#include <new>
 
 namespace loftmere {
 
 namespace {
 
+// A scanner answers its failures. What a library or want of memory throws all the same must not cost the
+// others their findings either.
+Result<std::vector<ScanItem>> itemsOf(const JunkScanner& scanner, const ScanContext& context) {
+    try {
+        return scanner.scan(context);
+    } catch (const std::bad_alloc&) {
+        return failed(Failure::saying("There was not enough memory"));
+    } catch (const std::exception& error) {
+        return failed(Failure::saying(fmt::format("Something unforeseen happened: {}", error.what())));
+    }
+}
+
 CategoryResult resultOf(const JunkScanner& scanner, const ScanContext& context) {
     CategoryResult result{.category = scanner.category()};
-    auto items = scanner.scan(context);
+    auto items = itemsOf(scanner, context);
     if (items)
         result.items = std::move(*items);
     else

@@ -1,8 +1,10 @@
 #include "CleanerCore/Support/Text.h"
 
+#include <fmt/format.h>
 #include <unicode/ubrk.h>
 #include <unicode/uchar.h>
 #include <unicode/utext.h>
+#include <unicode/utf16.h>
 #include <unicode/utf8.h>
 
 #include <algorithm>
@@ -73,6 +75,21 @@ std::string printable(std::string_view text) {
             shown += visibleStandIn(c);
         else
             shown += raw;
+    });
+    return shown;
+}
+
+std::string printableJson(std::string_view document) {
+    std::string shown;
+    shown.reserve(document.size());
+    forEachCharacter(document, [&](UChar32 c, std::string_view raw) {
+        // Below this all control characters are escaped already, but for the line breaks between the values.
+        if (c < 0x7F || !isDangerous(c))
+            shown += raw;
+        else if (c < 0x10000)
+            shown += fmt::format("\\u{:04x}", unsigned(c));
+        else
+            shown += fmt::format("\\u{:04x}\\u{:04x}", unsigned{U16_LEAD(c)}, unsigned{U16_TRAIL(c)});
     });
     return shown;
 }

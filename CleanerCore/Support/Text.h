@@ -18,6 +18,10 @@ std::string repairedUTF8(std::string_view bytes);
 // every control, line-breaking and direction-changing character replaced by a visible stand-in.
 std::string printable(std::string_view text);
 
+// The text of a JSON document made safe to show on a terminal: what `printable` would replace in its strings
+// is written as an escape instead, so that the document stays the same. Its line breaks stay.
+std::string printableJson(std::string_view document);
+
 // The number of characters as a reader counts them: a letter with its accents is one, whatever it is made of.
 size_t characterCount(std::string_view text);
 

@@ -1,9 +1,11 @@
+#include "CleanerCore/Files/FS.h"
 #include "CleanerCore/Scanning/ContentGroups.h"
 #include "CleanerCore/Scanning/Scanners/DuplicateScanner.h"
 #include "tests/Support/TemporaryHome.h"
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -248,6 +250,29 @@ TEST(DuplicateScanner, OpensFewFilesAndReadsAnInodeOnce) {
     EXPECT_EQ(reads[listed[40].path], 1);
 }
 
+TEST(DuplicateScanner, FilesLargerThanTheirDiskAreNotRead) {
+    const test::TemporaryHome home;
+    const auto size = static_cast<uintmax_t>(FS::volumeSpace(home.path()).value().total) + 1;
+    for (const char* name : {"Documents/a", "Documents/b"}) {
+        std::error_code failure;
+        std::filesystem::resize_file(home.file(name, ""), size, failure);
+        if (failure) GTEST_SKIP() << "no file can be that large here";
+    }
+    EXPECT_THAT(found(home, {}), IsEmpty());
+}
+
+TEST(DuplicateScanner, FewDescriptorsCostNoFindings) {
+    const test::TemporaryHome home;
+    for (int i = 0; i < 400; ++i)
+        home.file("Documents/" + std::to_string(i), std::string(20000 + i / 20, 'a'));
+    rlimit before{};
+    ::getrlimit(RLIMIT_NOFILE, &before);
+    const rlimit few{.rlim_cur = 40, .rlim_max = before.rlim_max};
+    ::setrlimit(RLIMIT_NOFILE, &few);
+    EXPECT_EQ(scannerOf(1).scan(contextOf(home)).value().size(), 380U);
+    ::setrlimit(RLIMIT_NOFILE, &before);
+}
+
 TEST(DuplicateScanner, CancelledAnswersWhatIsProved) {
     const test::TemporaryHome home;
     std::vector<ListedFile> listed;
@@ -271,7 +296,7 @@ TEST(DuplicateScanner, StopsWithinALargeFile) {
     const test::TemporaryHome home;
     for (const char* name : {"Documents/huge1", "Documents/huge2"}) {
         home.file(name, "");
-        std::filesystem::resize_file(home.at(name), int64_t{1} << 40); // sparse
+        std::filesystem::resize_file(home.at(name), int64_t{1} << 36); // sparse
     }
     ScanContext context = contextOf(home);
     std::atomic<int> reports = 0;

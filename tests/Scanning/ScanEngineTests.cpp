@@ -40,6 +40,8 @@ TEST(ScanEngine, AFailureCostsOnlyItsCategory) {
     ScannerRegistry::Scanners scanners;
     scanners.push_back(std::make_unique<TestScanner>(
         CleanCategory::trash, [](auto&) { return failed(Failure::saying("The disk has gone")); }));
+    scanners.push_back(std::make_unique<TestScanner>(
+        CleanCategory::docker, [](auto&) -> Result<std::vector<ScanItem>> { throw std::bad_alloc(); }));
     scanners.push_back(std::make_unique<TestScanner>(CleanCategory::logs, oneLog));
     std::mutex lock;
     std::set<CleanCategory> finished;
@@ -47,12 +49,13 @@ TEST(ScanEngine, AFailureCostsOnlyItsCategory) {
         const std::lock_guard guard(lock);
         finished.insert(category);
     });
-    ASSERT_EQ(results.size(), 2U);
+    ASSERT_EQ(results.size(), 3U);
     EXPECT_EQ(results[0].items.size(), 1U);
     EXPECT_EQ(results[0].error, std::nullopt);
     EXPECT_THAT(results[1].items, IsEmpty());
     EXPECT_EQ(results[1].error, "The disk has gone");
-    EXPECT_THAT(finished, ElementsAre(CleanCategory::logs, CleanCategory::trash));
+    EXPECT_EQ(results[2].error, "There was not enough memory");
+    EXPECT_THAT(finished, ElementsAre(CleanCategory::logs, CleanCategory::trash, CleanCategory::docker));
 }
 
 TEST(ScanEngine, NoScannerNoResult) {

@@ -8,7 +8,7 @@ namespace loftmere {
 
 namespace {
 
-int openPatiently(int at, const char* path, int flags) {
+int openUninterrupted(int at, const char* path, int flags) {
     int fd = -1;
     do {
         fd = ::openat(at, path, O_RDONLY | O_CLOEXEC | flags);
@@ -18,11 +18,11 @@ int openPatiently(int at, const char* path, int flags) {
 
 } // namespace
 
-FileDescriptor openQuietly(int at, const char* path, int flags) {
+FileDescriptor tryToOpenQuietly(int at, const char* path, int flags) {
     // Only the owner and root may ask for O_NOATIME; others are told EPERM.
-    FileDescriptor quiet(openPatiently(at, path, O_NOATIME | flags));
+    FileDescriptor quiet(openUninterrupted(at, path, O_NOATIME | flags));
     if (quiet || errno != EPERM) return quiet;
-    return FileDescriptor(openPatiently(at, path, flags));
+    return FileDescriptor(openUninterrupted(at, path, flags));
 }
 
 } // namespace loftmere

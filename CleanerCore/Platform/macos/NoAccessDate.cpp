@@ -6,7 +6,7 @@
 
 namespace loftmere {
 
-FileDescriptor openQuietly(int at, const char* path, int flags) {
+FileDescriptor tryToOpenQuietly(int at, const char* path, int flags) {
     // APFS refreshes access dates only when a volume is mounted so; there is no flag to ask for less.
     int fd = -1;
     do {

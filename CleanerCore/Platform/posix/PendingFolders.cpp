@@ -5,19 +5,12 @@
 #include <fcntl.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <chrono>
-#include <thread>
 #include <utility>
 
 namespace loftmere {
 
 FileDescriptor openListedFolder(int folder, const char* name) {
-    for (int attempt = 1;; ++attempt) {
-        FileDescriptor opened = openQuietly(folder, name, O_DIRECTORY | O_NOFOLLOW);
-        if (opened || (errno != EMFILE && errno != ENFILE) || attempt == 200) return opened;
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
+    return openQuietly(folder, name, O_DIRECTORY | O_NOFOLLOW);
 }
 
 std::string PackedNames::takeFirst() {

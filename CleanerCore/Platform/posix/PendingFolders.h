@@ -12,7 +12,6 @@
 namespace loftmere {
 
 // Opens a real folder for reading, never through a final link and never anything else, its access date kept.
-// Waits a little for others to close theirs when the process has run out of descriptors.
 FileDescriptor openListedFolder(int folder, const char* name);
 
 // Names one behind the other, each ended by NUL: one allocation for many.

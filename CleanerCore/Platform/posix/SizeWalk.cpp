@@ -85,6 +85,7 @@ int64_t SizeWalk::run() {
     // Whoever is out of work has seen nothing pending and nobody busy, or the stop: no helper is called after
     // that.
     for (std::thread& helper : helpers_) helper.join();
+    helpersAtWork -= static_cast<int>(helpers_.size()); // only now: a thread that is ending is still one
     return total_;
 }
 
@@ -134,10 +135,7 @@ void SizeWalk::callHelper() {
     const bool isWorthwhile = pending_.amount() >= amountPerWorker * (helpers_.size() + 1);
     if (isStopped() || !isWorthwhile || !claimHelper()) return;
     try {
-        helpers_.emplace_back([this] {
-            work();
-            --helpersAtWork;
-        });
+        helpers_.emplace_back([this] { work(); });
     } catch (const std::system_error&) {
         --helpersAtWork; // no thread can be had: those there are do the work
     }

@@ -1,6 +1,7 @@
 #include "CleanerCore/Scanning/Scanners/DuplicateScanner.h"
 
 #include "CleanerCore/Files/FS.h"
+#include "CleanerCore/Platform/DescriptorLimit.h"
 #include "CleanerCore/Removal/SafetyPolicy.h"
 #include "CleanerCore/Scanning/CandidateWalk.h"
 #include "CleanerCore/Scanning/ContentGroups.h"
@@ -24,9 +25,15 @@ namespace {
 constexpr std::array defaultRoots{"Downloads", "Desktop", "Documents", "Movies", "Music", "Pictures"};
 
 // More than there are cores: while some wait for the disk, others compare, and what is in memory already
-// takes no longer by it. Together they stay well below the number of files that a process may open.
+// takes no longer by it.
 constexpr size_t comparers = 8;
 constexpr size_t openFilesEach = 16;
+
+// How many files each may hold open. All together leave most of what the process may open to the other
+// scanners: a file that cannot be opened for want of descriptors would be missed as a copy.
+size_t heldFilesEach() {
+    return std::min(openFilesEach, descriptorLimit() / (4 * comparers));
+}
 
 std::vector<std::string> rootPaths(const std::optional<std::vector<std::string>>& roots,
                                    const ScanContext& context) {
@@ -44,6 +51,14 @@ std::vector<std::string> rootPaths(const std::optional<std::vector<std::string>>
 
 using FileGroup = std::vector<const ListedFile*>;
 
+// A sparse file can claim more than its disk holds, and reading what is not there could take years.
+bool endsInTime(const ListedFile& file) {
+    constexpr int64_t readInNoTime = int64_t{64} << 30;
+    if (file.size() <= readInNoTime) return true;
+    const auto space = FS::volumeSpace(file.path);
+    return space && file.size() <= space->total;
+}
+
 // Those of one size, the groups with the most to read first so that no thread is left with a large one at the
 // end.
 std::vector<FileGroup> groupsOfOneSize(const std::vector<ListedFile>& files) {
@@ -51,7 +66,7 @@ std::vector<FileGroup> groupsOfOneSize(const std::vector<ListedFile>& files) {
     for (const ListedFile& file : files) bySize[file.size()].push_back(&file);
     std::vector<FileGroup> groups;
     for (auto& [size, group] : bySize) {
-        if (group.size() > 1) groups.push_back(std::move(group));
+        if (group.size() > 1 && endsInTime(*group.front())) groups.push_back(std::move(group));
     }
     std::ranges::stable_sort(groups, std::greater(), [](const FileGroup& group) {
         return static_cast<double>(group.size()) * static_cast<double>(group.front()->size());
@@ -67,7 +82,7 @@ std::vector<ContentGroups::Set> equalFiles(const std::vector<FileGroup>& groups,
     std::vector<std::vector<ContentGroups::Set>> found(groups.size());
     std::atomic<size_t> next = 0;
     concurrentPerform(comparers, comparers, [&](size_t) {
-        ContentGroups comparison(openFilesEach, proceed);
+        ContentGroups comparison(heldFilesEach(), proceed);
         for (size_t i = next++; i < groups.size() && !context.isCancelled(); i = next++) {
             found[i] = comparison.split(groups[i]);
         }

@@ -23,7 +23,8 @@ public:
     CleanCategory category() const override { return CleanCategory::duplicates; }
 
     // Largest files first. Cancelled, it answers the sets that are proved by then. A file that cannot be
-    // read, vanishes or changes meanwhile is left out, and never costs the others.
+    // read, vanishes or changes meanwhile is left out, and never costs the others; so is one that claims more
+    // than its disk can hold.
     Result<std::vector<ScanItem>> scan(const ScanContext& context) const override;
 
     // Every file that may take part, in the order of the walk: without hidden entries, links, what lies in

@@ -3,6 +3,7 @@
 #include "CleanerCore/Files/FS.h"
 #include "CleanerCore/Process/Shell.h"
 #include "CleanerCore/Scanning/Scanners/PathFinding.h"
+#include "CleanerCore/Support/ByteSum.h"
 #include "CleanerCore/Support/NumericOrder.h"
 #include "CleanerCore/Support/PathText.h"
 
@@ -94,9 +95,10 @@ std::vector<ScanItem> SimulatorScanner::unavailableSimulators(const ScanContext&
     if (!answer.ok()) return {};
     const std::vector<std::string> identifiers = deviceIdentifiers(answer.out);
     if (identifiers.empty()) return {};
+    const std::string devices = context.lib("Developer/CoreSimulator/Devices");
     int64_t size = 0;
     for (const std::string& identifier : identifiers) {
-        size += FS::allocatedSize(joinPath(context.lib("Developer/CoreSimulator/Devices"), identifier));
+        addBytes(size, FS::allocatedSize(joinPath(devices, identifier)));
     }
     return {ScanItem::make(
         {.title = fmt::format("{} unavailable simulator(s)", identifiers.size()),
