@@ -76,13 +76,14 @@ Outcome rounds(const std::string& home, const SwapRig& rig, const std::function<
         outcome.exchanges += rig.exchanges() - before;
         outcome.isHarmed = isHarmed();
     }
-    std::cout << "    " << outcome.exchanges << " exchanges" << (outcome.isHarmed ? ", harmed" : "") << "\n";
+    std::cout << "    " << outcome.exchanges << " exchanges" << (outcome.isHarmed ? ", harmed" : "")
+              << std::endl;
     return outcome;
 }
 
 // A subfolder of "tree" is exchanged for a link to a folder beside it.
 Outcome swapSubfolder(const Operation& operation) {
-    const TemporaryHome home;
+    const TemporaryHome home(TemporaryHome::On::memory);
     fill(home.at("outside"));
     const std::string tree = home.at("tree");
     const std::string parked = home.at("parked");
@@ -104,8 +105,8 @@ Outcome swapSubfolder(const Operation& operation) {
 // The folder "parent", with "tree" to remove and "deeper" to bring back to, is exchanged for a link to one
 // outside the home that has both, too.
 Outcome swapParent(const Operation& operation) {
-    const TemporaryHome home;
-    const TemporaryHome outside;
+    const TemporaryHome home(TemporaryHome::On::memory);
+    const TemporaryHome outside(TemporaryHome::On::memory);
     fill(outside.at("tree"));
     outside.folder("deeper");
     home.folder("parent/deeper");
