@@ -141,21 +141,6 @@ TEST(RemoveItem, LeavesMountedVolumesAlone) {
     EXPECT_EQ(test::filesBelow(home.at("documents")), "keep=kept\n");
 }
 
-TEST(RemoveItem, AnswersHonestlyWhicheverCallFails) {
-    const TemporaryHome home;
-    for (const int error : {EIO, ENOSPC, EACCES, EROFS, EXDEV, EMFILE}) {
-        bool failedOne = true;
-        for (int64_t n = 1; failedOne; ++n) {
-            for (int i = 0; i < 12; ++i)
-                home.file("tree/" + std::to_string(i % 3) + "/" + std::to_string(i), "");
-            Status done;
-            failedOne = test::failCall(n, error, [&] { done = removePath(home.at("tree")); });
-            EXPECT_EQ(done.has_value(), !fs::exists(home.at("tree"))) << n << ": " << told(done);
-            if (!done) EXPECT_THAT(told(done), testing::StartsWith("Could not "));
-        }
-    }
-}
-
 TEST(MoveItem, NeverOverwrites) {
     const TemporaryHome home;
     const auto from = Place::open(home.file("a", "one"));

@@ -239,29 +239,6 @@ TEST_F(CleanerTest, RootsShare) {
     }
 }
 
-TEST_F(CleanerTest, BringsBackAndSaysWhatStays) {
-    const CleanReport report =
-        clean({item(PathTarget{home_.file("a", "x")}), item(PathTarget{home_.file("b", "x")})},
-              Disposal::quarantine);
-    home_.file("b", "new");
-    const auto failures = cleaner().restore(*report.quarantineSessionID, std::nullopt);
-    ASSERT_TRUE(failures);
-    EXPECT_THAT(*failures, ElementsAre(testing::Field(&CleanFailure::itemID, home_.at("b"))));
-    EXPECT_TRUE(FS::exists(home_.at("a")));
-    EXPECT_EQ(lastLogged(), "restore no 1 item(s) could not be restored");
-    EXPECT_TRUE(cleaner().restore(*report.quarantineSessionID, std::set<std::string>{}));
-    EXPECT_EQ(lastLogged(), "restore yes -");
-}
-
-TEST_F(CleanerTest, NeverFallsBackToAnotherDisposal) {
-    home_.file("Library/Application Support/Ostrel Loftmere/Quarantine", "in the way");
-    const std::string path = home_.file("a", "x");
-    const CleanReport report = clean({item(PathTarget{path})}, Disposal::quarantine);
-    EXPECT_EQ(report.failures.size(), 1U);
-    EXPECT_EQ(lastLogged(), "quarantine no " + report.failures.at(0).message);
-    EXPECT_TRUE(FS::exists(path));
-}
-
 TEST_F(CleanerTest, LeavesToRootWhatTheUserMayNotRemove) {
     const std::string path = home_.file("locked/x", "x");
     fs::permissions(home_.at("locked"), fs::perms::owner_read | fs::perms::owner_exec);

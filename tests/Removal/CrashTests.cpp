@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <functional>
 #include <iostream>
 
 using namespace loftmere;
@@ -41,13 +42,14 @@ class Scene {
 public:
     Scene() {
         for (const char* file : {"docs/a", "docs/b", "more/a", "docs/folder/x/y", "docs/folder/z", "thrown/c",
-                                 "junk/1", "junk/sub/2", "junk/sub/3"}) {
+                                 "junk/1", "junk/sub/2", "junk/sub/3", "junk/other/deeper/4"}) {
             home.file(file, file);
         }
         before_ = precious();
         home.file(reserve, "small, so that a scene is made fast");
     }
 
+    void rest() {}
     void loseReserve() { fs::remove(home.at(reserve)); }
 
     void clean() {
@@ -154,77 +156,71 @@ using Step = void (Scene::*)();
 
 struct Act {
     const char* name;
-    std::vector<Step> before; // undisturbed
+    Step before; // undisturbed
     Step disturbed;
     void (Scene::*check)(const std::string&);
 };
 
-const std::vector<Act>& acts() {
-    static const std::vector<Act> all{
-        {"clean", {}, &Scene::clean, &Scene::expectNothingLost},
-        {"end of a first clean", {&Scene::loseReserve}, &Scene::clean, &Scene::expectNothingLost},
-        {"undo", {&Scene::clean}, &Scene::undo, &Scene::expectNothingLost},
-        {"purge", {&Scene::clean}, &Scene::purge, &Scene::expectRestListed},
-    };
-    return all;
-}
+constexpr Act acts[]{
+    {"clean", &Scene::rest, &Scene::clean, &Scene::expectNothingLost},
+    {"end of a first clean", &Scene::loseReserve, &Scene::clean, &Scene::expectNothingLost},
+    {"undo", &Scene::clean, &Scene::undo, &Scene::expectNothingLost},
+    {"purge", &Scene::clean, &Scene::purge, &Scene::expectRestListed},
+};
 
 // The call to begin with. A first clean makes the calls of any other until it puts the reserve by, near its
 // end.
 int64_t firstCall(const Act& act) {
-    if (act.before.empty() || act.before[0] != &Scene::loseReserve) return 1;
+    if (act.before != &Scene::loseReserve) return 1;
     Scene other;
     return test::callsIn([&] { other.clean(); }) - 8;
 }
 
-void prepare(Scene& scene, const Act& act) {
-    for (const Step step : act.before) (scene.*step)();
-    scene.messages.clear();
+// Goes through an act once for each of its calls, from the first on, until `disturb` tells that there was no
+// such call any more. Answers how many there were.
+int64_t atEveryCall(const Act& act,
+                    const std::function<bool(int64_t, Scene&, const std::function<void()>&)>& disturb) {
+    const int64_t first = firstCall(act);
+    int64_t n = first;
+    for (bool disturbed = true; disturbed; ++n) {
+        Scene scene;
+        (scene.*act.before)();
+        scene.messages.clear();
+        disturbed = disturb(n, scene, [&] { (scene.*act.disturbed)(); });
+        (scene.*act.check)(std::string(act.name) + " at call " + std::to_string(n));
+    }
+    EXPECT_GT(n - first, 10);
+    return n - first - 1;
 }
 
 } // namespace
 
 TEST(Crash, LosesNothingWhereverItComes) {
-    for (const Act& act : acts()) {
-        const int64_t first = firstCall(act);
-        int64_t n = first - 1;
-        for (bool died = true; died;) {
-            Scene scene;
-            prepare(scene, act);
-            died = test::dieAtCall(++n, [&] { (scene.*act.disturbed)(); });
-            const std::string what = std::string(act.name) + " ended at call " + std::to_string(n);
+    for (const Act& act : acts) {
+        const int64_t calls = atEveryCall(act, [&](int64_t n, Scene& scene, const auto& operation) {
+            const bool died = test::dieAtCall(n, operation);
             // Whoever completes it may be ended as well.
-            if (act.disturbed != &Scene::purge) {
-                (void)test::dieAtCall(n * 7 % 40 + 1, [&] { scene.undo(); });
-            }
-            (scene.*act.check)(what);
-        }
-        std::cout << "    " << act.name << ": ended at each of " << n - first << " calls\n";
-        EXPECT_GT(n - first, 10);
+            if (act.disturbed != &Scene::purge) (void)test::dieAtCall(n * 7 % 40 + 1, [&] { scene.undo(); });
+            return died;
+        });
+        std::cout << "    " << act.name << ": ended at each of " << calls << " calls\n";
     }
 }
 
 TEST(FailingCall, LosesNothingAndIsTold) {
-    for (const Act& act : acts()) {
+    for (const Act& act : acts) {
         int64_t runs = 0;
-        const int64_t first = firstCall(act);
         for (const int error : {EIO, ENOSPC, EACCES, EROFS, EXDEV, EMFILE}) {
-            bool failedOne = true;
-            for (int64_t n = first; failedOne; ++n) {
-                Scene scene;
-                prepare(scene, act);
-                failedOne = test::failCall(n, error, [&] { (scene.*act.disturbed)(); });
-                const std::string what = std::string(act.name) + ", error " + std::to_string(error) +
-                                         " at call " + std::to_string(n);
+            SCOPED_TRACE(error);
+            runs += atEveryCall(act, [&](int64_t n, Scene& scene, const auto& operation) {
+                const bool failedOne = test::failCall(n, error, operation);
                 for (const std::string& message : scene.messages) {
                     EXPECT_THAT(message, testing::AnyOf(testing::StartsWith("Could not "),
                                                         testing::StartsWith("couldn't be read"),
-                                                        testing::HasSubstr("is on another drive")))
-                        << what;
+                                                        testing::HasSubstr("is on another drive")));
                 }
-                (scene.*act.check)(what);
-                ++runs;
-            }
+                return failedOne;
+            });
         }
         std::cout << "    " << act.name << ": " << runs << " failing calls\n";
     }
