@@ -243,6 +243,8 @@ TEST_F(CleanerTest, LeavesToRootWhatTheUserMayNotRemove) {
     const std::string path = home_.file("locked/x", "x");
     fs::permissions(home_.at("locked"), fs::perms::owner_read | fs::perms::owner_exec);
     const test::OrdinaryUser user({home_.path()});
+    EXPECT_EQ(cleaner().plan(item(PathTarget{path}), ManualTrigger{}).message,
+              "may need administrator rights");
     EXPECT_EQ(clean({item(PathTarget{path})}, Disposal::remove), CleanReport{.deferredAdmin = 1});
     EXPECT_EQ(AuditLog(home_.paths()).recent(2).back().message, "needs admin — queued");
     EXPECT_EQ(lastLogged(), "queued yes waiting for one password prompt");
