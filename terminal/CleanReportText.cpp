@@ -16,6 +16,13 @@ namespace {
 
 constexpr int barWidth = 24;
 
+// The summary speaks of bytes; where there were items but no bytes, it would deny that anything was asked.
+std::string summaryOf(const std::vector<ScanItem>& items, const CleanReport& report, bool dryRun) {
+    const bool hasBytes = report.totalHandledBytes() > 0 || !report.failures.empty();
+    if (hasBytes || items.empty() || dryRun) return ScheduledRunner::summarize(report, dryRun);
+    return "Cleaned " + counted(static_cast<size_t>(report.itemsProcessed), "item");
+}
+
 } // namespace
 
 void printFailures(Session& session, std::string_view heading, std::span<const CleanFailure> failures) {
@@ -37,7 +44,7 @@ void printCleanReport(Session& session, const std::vector<ScanItem>& items, cons
     // The preview has told a dry run's failures with each item.
     if (!dryRun) printFailures(session, "Failed", report.failures);
     Console& console = session.console();
-    console.printLine(console.paint(Ink::bold, ScheduledRunner::summarize(report, dryRun)));
+    console.printLine(console.paint(Ink::bold, summaryOf(items, report, dryRun)));
     if (dryRun) return console.printLine("Nothing was changed.");
     if (items.empty()) return;
     if (report.quarantineSessionID)

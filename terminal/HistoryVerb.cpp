@@ -20,7 +20,7 @@ std::string shownTarget(Session& session, const std::string& target) {
 Row rowOf(Session& session, const AuditEntry& entry) {
     return {.lead = shownDate(entry.date),
             .leadInk = Ink::dim,
-            .size = entry.size,
+            .size = entry.size != 0 ? std::optional(entry.size) : std::nullopt,
             .tag = printable(entry.action),
             .tagInk = entry.success ? Ink::plain : Ink::red,
             .title = shownTarget(session, entry.target),

@@ -64,8 +64,8 @@ void printGroup(Session& session, const Group& group, const std::vector<Row>& ro
                  fmt::format("{}  {:>9}", counted(rows.size(), "item"), ByteFormat::string(bytes)));
     std::string note = group.note;
     if (group.action == CleanAction::quarantine) {
-        note = fmt::format("Quarantined items can be restored for {} days.",
-                           session.model().config->quarantineRetentionDays);
+        const auto days = static_cast<size_t>(session.model().config->quarantineRetentionDays);
+        note = fmt::format("Quarantined items can be restored for {}.", counted(days, "day"));
     }
     if (!note.empty()) printParagraph(console, Ink::dim, note, noteIndent);
     printRows(console, rows, full);

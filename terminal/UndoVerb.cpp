@@ -18,20 +18,27 @@ struct UndoOptions {
     std::vector<std::string> entries;
 };
 
-// What is to be brought back: no entries mean all of the session.
-std::optional<std::set<std::string>> wantedEntries(const UndoOptions& options) {
-    if (options.entries.empty()) return std::nullopt;
-    return std::set<std::string>(options.entries.begin(), options.entries.end());
+// A name with signs that a terminal cannot show may be given as the list of sessions shows it.
+bool isNamed(const QuarantineEntry& entry, const std::string& name) {
+    return entry.storedName == name || printable(entry.storedName) == name;
 }
 
-// Entries that were named and that the session does not hold.
-std::vector<std::string> unknownEntries(const UndoOptions& options, const QuarantineSession& session) {
-    std::vector<std::string> unknown = options.entries;
-    std::erase_if(unknown, [&](const std::string& name) {
-        const auto isIt = [&](const QuarantineEntry& entry) { return entry.storedName == name; };
-        return std::ranges::any_of(session.entries, isIt);
-    });
-    return unknown;
+// What is to be brought back: no entries mean all of the session. Fails with the names that it does not hold.
+std::expected<std::optional<std::set<std::string>>, std::string>
+wantedEntries(const UndoOptions& options, const QuarantineSession& session) {
+    if (options.entries.empty()) return std::nullopt;
+    std::set<std::string> wanted;
+    std::vector<std::string> unknown;
+    for (const std::string& name : options.entries) {
+        const auto isIt = [&](const QuarantineEntry& entry) { return isNamed(entry, name); };
+        const auto entry = std::ranges::find_if(session.entries, isIt);
+        if (entry != session.entries.end())
+            wanted.insert(entry->storedName);
+        else
+            unknown.push_back(name);
+    }
+    if (!unknown.empty()) return std::unexpected(joined(unknown, ", "));
+    return wanted;
 }
 
 // How many of the entries that were asked for are still held, and their bytes.
@@ -65,15 +72,14 @@ ExitStatus undo(Session& session, const UndoOptions& options) {
         session.console().say(found.error().message);
         return ExitStatus::failed;
     }
-    const auto unknown = unknownEntries(options, *found);
-    if (!unknown.empty()) {
+    const auto wanted = wantedEntries(options, *found);
+    if (!wanted) {
         session.console().say(
-            fmt::format("session {} holds no {}", printable(found->id), printable(joined(unknown, ", "))));
+            fmt::format("session {} holds no {}", printable(found->id), printable(wanted.error())));
         return ExitStatus::failed;
     }
-    const auto wanted = wantedEntries(options);
-    const auto asked = heldOf(*found, wanted);
-    const auto failures = session.model().restore(*found, wanted);
+    const auto asked = heldOf(*found, *wanted);
+    const auto failures = session.model().restore(*found, *wanted);
     if (!failures) {
         session.console().say(printable(failures.error().message));
         return ExitStatus::failed;

@@ -25,7 +25,7 @@ enum class CleanAction {
 // disk changes in between.
 struct CleanPlan {
     CleanAction action = CleanAction::fail;
-    std::string message = "";                        // why, for `skip`, `fail` and `gone`
+    std::string message = ""; // why, for `skip`, `fail` and `gone`; else what may stand in the way
     std::optional<Disposal> disposal = std::nullopt; // the one chosen, where there is a choice
     bool isSynced = false; // removed from the cloud and from the user's other machines too
 

@@ -1,7 +1,9 @@
 #include "CleanerCore/Removal/CleanPlanner.h"
 
+#include "CleanerCore/Platform/Access.h"
 #include "CleanerCore/Removal/CloudEvictor.h"
 #include "CleanerCore/Removal/CloudFiles.h"
+#include "CleanerCore/Support/PathText.h"
 #include "CleanerCore/Support/Text.h"
 
 #include <fmt/format.h>
@@ -31,6 +33,12 @@ CleanAction actionOf(Disposal disposal) {
     case Disposal::remove: break;
     }
     return CleanAction::remove;
+}
+
+// Whether the user's own rights may not be enough, as far as two looks can tell. Only the attempt decides.
+bool mayNeedRoot(const Place& place, const FileStatus& status) {
+    if (!isWritable(parentPath(place.realPath()))) return true;
+    return status.type == FileType::directory && !isWritable(place.realPath());
 }
 
 } // namespace
@@ -80,6 +88,7 @@ Decision CleanPlanner::decideReachable(const ScanItem& item, Place place, bool i
     // What is in the cloud only cannot be kept anywhere here.
     const bool isDataless = isSynced && CloudFiles::isDataless(place);
     plan.action = isDataless ? CleanAction::remove : actionOf(*plan.disposal);
+    if (status && mayNeedRoot(place, *status)) plan.message = "may need administrator rights";
     return {std::move(plan), std::move(place)};
 }
 

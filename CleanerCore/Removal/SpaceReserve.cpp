@@ -6,7 +6,9 @@
 #include "CleanerCore/Support/PathText.h"
 
 #include <cerrno>
-#include <random>
+#include <cstdint>
+#include <cstring>
+#include <string>
 
 namespace loftmere {
 
@@ -17,12 +19,11 @@ constexpr auto plenty = static_cast<int64_t>(8 * reservedBytes); // less than th
 
 // Bytes that no file system can store in less space.
 std::string filling() {
-    std::mt19937_64 random(1);
-    std::string bytes;
-    bytes.reserve(reservedBytes);
-    while (bytes.size() < reservedBytes) {
-        const uint64_t word = random();
-        bytes.append(reinterpret_cast<const char*>(&word), sizeof word);
+    std::string bytes(reservedBytes, '\0');
+    uint64_t word = 1;
+    for (size_t at = 0; at < bytes.size(); at += sizeof word) {
+        word = word * 6364136223846793005U + 1442695040888963407U;
+        std::memcpy(bytes.data() + at, &word, sizeof word);
     }
     return bytes;
 }

@@ -1,10 +1,11 @@
 #include "CleanerCore/Support/UUID.h"
 
 #include <fmt/format.h>
-#include <openssl/rand.h>
+#include <sys/random.h>
+#include <unistd.h>
 
 #include <array>
-#include <random>
+#include <cstdlib>
 
 namespace loftmere {
 
@@ -12,11 +13,11 @@ namespace {
 
 using Bytes = std::array<unsigned char, 16>;
 
+// From the system itself: a library's generator starts up at first use, and what it then holds for each
+// thread is not always given back when the program ends meanwhile.
 Bytes randomBytes() {
     Bytes bytes{};
-    if (RAND_bytes(bytes.data(), static_cast<int>(bytes.size())) == 1) return bytes;
-    std::random_device device; // the system's own source, should the library refuse
-    for (unsigned char& byte : bytes) byte = static_cast<unsigned char>(device());
+    if (::getentropy(bytes.data(), bytes.size()) != 0) std::abort(); // no system is ever out of 16 bytes
     return bytes;
 }
 

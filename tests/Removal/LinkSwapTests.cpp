@@ -1,6 +1,6 @@
 #include "CleanerCore/Platform/Removal.h"
+#include "CleanerCore/Removal/Cleaner.h"
 #include "CleanerCore/Removal/RestoreDestination.h"
-#include "CleanerCore/Support/PathText.h"
 #include "tests/Support/SwapRig.h"
 #include "tests/Support/TemporaryHome.h"
 
@@ -38,7 +38,7 @@ int64_t entriesOf(const std::string& folder) {
     return std::distance(fs::directory_iterator(folder), {});
 }
 
-using Operation = std::function<void(const std::string& path)>;
+using Operation = std::function<void(const std::string& home)>;
 
 void removeNaively(const std::string& path) {
     std::error_code error;
@@ -54,16 +54,9 @@ void removeNaively(const std::string& path) {
     ::rmdir(path.c_str());
 }
 
-// What a caller does: the place is judged by its real path, and then acted on.
-void judgeAndRemove(const std::string& path) {
-    const auto place = Place::open(path);
-    if (place && place->realPath() == path) (void)removeItem(*place);
-}
-
-// The same by paths alone.
-void judgeAndRemoveNaively(const std::string& path) {
+bool isReallyAt(const std::string& path) {
     char real[4096];
-    if (::realpath(path.c_str(), real) != nullptr && path == real) removeNaively(path);
+    return ::realpath(path.c_str(), real) != nullptr && path == real;
 }
 
 struct Outcome {
@@ -71,29 +64,30 @@ struct Outcome {
     bool isHarmed = false;
 };
 
-// Rounds of `operation` on `victim`, in a world that `prepare` sets up anew each time, until the exchanges
-// are through or the outside is harmed. Only exchanges during the operation count.
-Outcome rounds(const std::string& victim, const SwapRig& rig, const std::function<void()>& prepare,
+// Rounds of `operation` in a world that `prepare` sets up anew each time, until the exchanges are through or
+// the outside is harmed. Only exchanges during the operation count.
+Outcome rounds(const std::string& home, const SwapRig& rig, const std::function<void()>& prepare,
                const std::function<bool()>& isHarmed, const Operation& operation) {
     Outcome outcome;
     while (outcome.exchanges < test::wantedExchanges() && !outcome.isHarmed) {
         prepare();
         const int64_t before = rig.exchanges();
-        operation(victim);
+        operation(home);
         outcome.exchanges += rig.exchanges() - before;
         outcome.isHarmed = isHarmed();
     }
-    std::cout << "    " << outcome.exchanges << " exchanges" << (outcome.isHarmed ? ", harmed" : "") << "\n";
+    std::cout << "    " << outcome.exchanges << " exchanges" << (outcome.isHarmed ? ", harmed" : "")
+              << std::endl;
     return outcome;
 }
 
+// A subfolder of "tree" is exchanged for a link to a folder beside it.
 Outcome swapSubfolder(const Operation& operation) {
-    const TemporaryHome home;
+    const TemporaryHome home(TemporaryHome::On::memory);
     fill(home.at("outside"));
     const std::string tree = home.at("tree");
-    const std::string sub = home.at("tree/sub");
     const std::string parked = home.at("parked");
-    const SwapRig rig(sub, parked);
+    const SwapRig rig(home.at("tree/sub"), parked);
     const auto prepare = [&] {
         for (const std::string& left : {tree, parked}) {
             while (!removeItem(*Place::open(left)) && fs::exists(fs::symlink_status(left))) {
@@ -104,18 +98,24 @@ Outcome swapSubfolder(const Operation& operation) {
         fs::create_directory_symlink(home.at("outside"), parked);
         fs::rename(tree + ".new", tree);
     };
-    return rounds(tree, rig, prepare, [&] { return entriesOf(home.at("outside")) != canaries; }, operation);
+    const auto isHarmed = [&] { return entriesOf(home.at("outside")) != canaries; };
+    return rounds(home.path(), rig, prepare, isHarmed, operation);
 }
 
+// The folder "parent", with "tree" to remove and "deeper" to bring back to, is exchanged for a link to one
+// outside the home that has both, too.
 Outcome swapParent(const Operation& operation) {
-    const TemporaryHome home;
-    home.folder("outside");
-    fill(home.at("outside/tree"));
+    const TemporaryHome home(TemporaryHome::On::memory);
+    const TemporaryHome outside(TemporaryHome::On::memory);
+    fill(outside.at("tree"));
+    outside.folder("deeper");
+    home.folder("parent/deeper");
+    home.link("parked", outside.path());
     // The real parent is now at the one place, now at the other; the descriptor always leads to it.
-    const FileDescriptor real(::open(home.folder("parent").c_str(), O_DIRECTORY | O_RDONLY));
-    home.link("parked", home.at("outside"));
+    const FileDescriptor real(::open(home.at("parent").c_str(), O_DIRECTORY | O_RDONLY));
     const SwapRig rig(home.at("parent"), home.at("parked"));
     const auto prepare = [&] {
+        touch(home.at("stored"));
         if (::mkdirat(real.get(), "tree", 0700) != 0) return;
         for (int i = 0; i < canaries; ++i) {
             const std::string name = "tree/" + std::to_string(i);
@@ -123,21 +123,35 @@ Outcome swapParent(const Operation& operation) {
         }
     };
     const auto isHarmed = [&] {
-        return !fs::exists(home.at("outside/tree")) || entriesOf(home.at("outside/tree")) != canaries;
+        return !fs::exists(outside.at("tree")) || entriesOf(outside.at("tree")) != canaries ||
+               entriesOf(outside.at("deeper")) != 0;
     };
-    return rounds(home.at("parent/tree"), rig, prepare, isHarmed, operation);
+    return rounds(home.path(), rig, prepare, isHarmed, operation);
 }
 
-Outcome swapWayBack(const Operation& operation) {
-    const TemporaryHome home;
-    const TemporaryHome outside;
-    home.folder("parent/deeper");
-    outside.folder("deeper");
-    home.link("parked", outside.path());
-    const SwapRig rig(home.at("parent"), home.at("parked"));
-    const auto prepare = [&] { touch(home.at("stored")); };
-    const auto isHarmed = [&] { return entriesOf(outside.at("deeper")) != 0; };
-    return rounds(home.path(), rig, prepare, isHarmed, operation);
+void removeTree(const std::string& home) {
+    (void)removeItem(*Place::open(home + "/tree"));
+}
+
+void removeTreeNaively(const std::string& home) {
+    removeNaively(home + "/tree");
+}
+
+// What a caller does: the place is judged by its real path, and then acted on.
+void judgeAndRemove(const std::string& home) {
+    const auto place = Place::open(home + "/parent/tree");
+    if (place && place->realPath() == home + "/parent/tree") (void)removeItem(*place);
+}
+
+void judgeAndRemoveNaively(const std::string& home) {
+    if (isReallyAt(home + "/parent/tree")) removeNaively(home + "/parent/tree");
+}
+
+Operation cleanAs(Disposal disposal) {
+    return [disposal](const std::string& home) {
+        const ScanItem tree = ScanItem::make({.target = PathTarget{home + "/parent/tree"}, .size = 1});
+        Cleaner(Paths(home), {}).clean({tree}, ManualTrigger{}, false, disposal);
+    };
 }
 
 void moveBack(const std::string& home) {
@@ -147,26 +161,22 @@ void moveBack(const std::string& home) {
 }
 
 void moveBackNaively(const std::string& home) {
-    char real[4096];
     const std::string folder = home + "/parent/deeper";
-    if (::realpath(folder.c_str(), real) == nullptr || folder != real) return;
-    const std::string back = folder + "/back";
-    ::rename((home + "/stored").c_str(), back.c_str());
+    if (isReallyAt(folder)) ::rename((home + "/stored").c_str(), (folder + "/back").c_str());
 }
 
 } // namespace
 
-TEST(LinkSwap, RemovalNeverLeavesItsTree) {
-    EXPECT_FALSE(swapSubfolder(judgeAndRemove).isHarmed);
-    EXPECT_TRUE(swapSubfolder(removeNaively).isHarmed);
+TEST(LinkSwap, NothingReachesWhatIsOutside) {
+    EXPECT_FALSE(swapSubfolder(removeTree).isHarmed);
+    for (const Operation& operation : {Operation(judgeAndRemove), Operation(moveBack),
+                                       cleanAs(Disposal::remove), cleanAs(Disposal::quarantine)}) {
+        EXPECT_FALSE(swapParent(operation).isHarmed);
+    }
 }
 
-TEST(LinkSwap, RemovalActsOnWhatWasJudged) {
-    EXPECT_FALSE(swapParent(judgeAndRemove).isHarmed);
+TEST(LinkSwap, NaiveWaysSoonDo) {
+    EXPECT_TRUE(swapSubfolder(removeTreeNaively).isHarmed);
     EXPECT_TRUE(swapParent(judgeAndRemoveNaively).isHarmed);
-}
-
-TEST(LinkSwap, ItemsComeBackToWhereTheyMay) {
-    EXPECT_FALSE(swapWayBack(moveBack).isHarmed);
-    EXPECT_TRUE(swapWayBack(moveBackNaively).isHarmed);
+    EXPECT_TRUE(swapParent(moveBackNaively).isHarmed);
 }

@@ -10,7 +10,6 @@
 
 #include <atomic>
 #include <set>
-#include <thread>
 
 using namespace loftmere;
 
@@ -232,19 +231,4 @@ TEST_F(EverySpelling, LeadsTheSystemToTheRoot) {
             ASSERT_EQ(reached.st_ino, meant.st_ino) << path;
         }
     }
-}
-
-TEST(SafetyPolicy, IsTheSameFromManyThreads) {
-    const test::TemporaryHome home;
-    const SafetyPolicy policy(home.paths(), {"~/Work"});
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 4; ++t) {
-        threads.emplace_back([&] {
-            for (int i = 0; i < 200; ++i) {
-                EXPECT_EQ(told(policy.check(home.at("Work/" + std::to_string(i)))).substr(0, 9), "Protected");
-                EXPECT_EQ(told(policy.check(home.at("Play/" + std::to_string(i)))), "allowed");
-            }
-        });
-    }
-    for (std::thread& thread : threads) thread.join();
 }

@@ -12,8 +12,8 @@ namespace loftmere::test {
 // Breaks file system calls on purpose, for any operation of the product. One rig at a time; the operation may
 // use threads of its own.
 
-// How many calls (of one kind, or all) the operation makes.
-int64_t callsIn(const std::function<void()>& operation, std::optional<calls::Call> kind = std::nullopt);
+// How many calls the operation makes.
+int64_t callsIn(const std::function<void()>& operation);
 
 // Runs the operation in a child process that dies right before its n-th call (from 1). False when the
 // operation came to its end first. What the child did to the disk stays; its exit code otherwise is a failed

@@ -31,10 +31,12 @@ void removePatiently(const std::string& path) {
 
 } // namespace
 
-TemporaryHome::TemporaryHome() {
-    std::string place = (fs::temp_directory_path() / "loftmere-XXXXXX").string();
-    if (::mkdtemp(place.data()) == nullptr) std::abort();
-    path_ = fs::canonical(place).string();
+TemporaryHome::TemporaryHome(On place) {
+    const fs::path memory = "/dev/shm";
+    const bool isInMemory = place == On::memory && ::access(memory.c_str(), W_OK) == 0;
+    std::string path = ((isInMemory ? memory : fs::temp_directory_path()) / "loftmere-XXXXXX").string();
+    if (::mkdtemp(path.data()) == nullptr) std::abort();
+    path_ = fs::canonical(path).string();
 }
 
 TemporaryHome::~TemporaryHome() {

@@ -12,7 +12,10 @@ namespace loftmere::test {
 // A home folder of its own for one test, removed at its end whatever it holds.
 class TemporaryHome {
 public:
-    TemporaryHome();
+    enum class On { disk, memory };
+
+    // In memory, where there is such a place, nothing waits for a disk.
+    explicit TemporaryHome(On place = On::disk);
     ~TemporaryHome();
     TemporaryHome(const TemporaryHome&) = delete;
     TemporaryHome& operator=(const TemporaryHome&) = delete;

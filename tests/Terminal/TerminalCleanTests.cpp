@@ -2,6 +2,7 @@
 #include "CleanerCore/Records/CleanReport.h"
 #include "CleanerCore/Removal/Quarantine.h"
 #include "CleanerCore/Support/Json.h"
+#include "CleanerCore/Support/Text.h"
 #include "tests/Support/TemporaryHome.h"
 #include "tests/Terminal/TerminalRun.h"
 
@@ -120,21 +121,22 @@ TEST_F(TerminalClean, AsksAPersonAndTakesNoForAnAnswer) {
 
 TEST_F(TerminalClean, UndoBringsBackAndSessionsHistoryAndPurgeTellTheTruth) {
     EXPECT_EQ(run({"undo"}).status, 1);
-    home.file("Downloads/second.pdf", "y");
-    home.setAgeDays("Downloads/second.pdf", 300);
+    const std::string second = "Downloads/second\x1B.pdf";
+    home.file(second, std::string(9000, 'y')); // the larger comes first
+    home.setAgeDays(second, 300);
     const std::string id = json({"clean", "oldDownloads", "--all", "--yes"})["quarantineSessionID"];
     const Json listed = json({"sessions"});
     ASSERT_EQ(listed.size(), 1U);
     EXPECT_EQ(listed[0]["id"], id);
     EXPECT_EQ(listed[0]["entries"].size(), 2U);
-    const std::string stored = listed[0]["entries"][0]["storedName"];
+    const std::string stored = printable(listed[0]["entries"][0]["storedName"].get<std::string>());
     EXPECT_THAT(run({"sessions"}).out, HasSubstr(stored));
 
     EXPECT_EQ(run({"undo", "none"}).status, 1);
     EXPECT_EQ(run({"undo", id, "--entry", "9-none"}).status, 1);
     const Json undone = json({"undo", "--entry", stored});
     EXPECT_EQ(undone, Json({{"session", id}, {"failures", Json::array()}}));
-    EXPECT_NE(stands(download), stands("Downloads/second.pdf"));
+    EXPECT_TRUE(stands(second) && !stands(download));
 
     const std::string blocked = listed[0]["entries"][1]["originalPath"];
     home.file(blocked, "in the way");

@@ -1,5 +1,7 @@
 #include "tests/Terminal/TerminalRun.h"
 
+#include "CleanerCore/Process/Shell.h"
+
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
@@ -16,21 +18,24 @@ namespace loftmere::test {
 
 namespace {
 
-constexpr int patienceMilliseconds = 60'000;
+constexpr int patienceSeconds = 60;
+constexpr const char* env = "/usr/bin/env";
 
-[[noreturn]] void execute(const TerminalOptions& options, const std::vector<std::string>& arguments) {
-    std::vector<std::string> words{LOFTMERE_TERMINAL};
+// What env is to be given: an environment, the program and its arguments.
+std::vector<std::string> wordsFor(const TerminalOptions& options, const std::vector<std::string>& arguments) {
+    std::vector<std::string> words{"-i", "HOME=" + options.home, "PATH=/usr/bin:/bin", "LANG=C.UTF-8",
+                                   "TERM=xterm-256color"};
+    words.insert(words.end(), options.environment.begin(), options.environment.end());
+    words.emplace_back(LOFTMERE_TERMINAL);
     words.insert(words.end(), arguments.begin(), arguments.end());
-    std::vector<std::string> variables{"HOME=" + options.home, "PATH=/usr/bin:/bin", "LANG=C.UTF-8",
-                                       "TERM=xterm-256color"};
-    variables.insert(variables.end(), options.environment.begin(), options.environment.end());
-    const auto pointers = [](std::vector<std::string>& texts) {
-        std::vector<char*> list;
-        for (std::string& text : texts) list.push_back(text.data());
-        list.push_back(nullptr);
-        return list;
-    };
-    ::execve(LOFTMERE_TERMINAL, pointers(words).data(), pointers(variables).data());
+    return words;
+}
+
+[[noreturn]] void execute(std::vector<std::string> words) {
+    std::vector<char*> pointers{const_cast<char*>(env)};
+    for (std::string& word : words) pointers.push_back(word.data());
+    pointers.push_back(nullptr);
+    ::execv(env, pointers.data());
     ::_exit(126);
 }
 
@@ -40,40 +45,11 @@ int waitForEnd(pid_t child) {
     return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
 }
 
-bool readInto(int descriptor, std::string& text) {
-    char buffer[65536];
-    const ssize_t got = ::read(descriptor, buffer, sizeof buffer);
-    if (got > 0) text.append(buffer, static_cast<size_t>(got));
-    return got > 0;
-}
-
 } // namespace
 
 TerminalResult runTerminal(const TerminalOptions& options, const std::vector<std::string>& arguments) {
-    int out[2];
-    int err[2];
-    if (::pipe(out) != 0 || ::pipe(err) != 0) return {};
-    const pid_t child = ::fork();
-    if (child == 0) {
-        ::dup2(::open("/dev/null", O_RDONLY), STDIN_FILENO);
-        ::dup2(out[1], STDOUT_FILENO);
-        ::dup2(err[1], STDERR_FILENO);
-        for (const int end : {out[0], out[1], err[0], err[1]}) ::close(end);
-        execute(options, arguments);
-    }
-    ::close(out[1]);
-    ::close(err[1]);
-    TerminalResult result;
-    pollfd ends[2]{{.fd = out[0], .events = POLLIN, .revents = 0},
-                   {.fd = err[0], .events = POLLIN, .revents = 0}};
-    while ((ends[0].fd >= 0 || ends[1].fd >= 0) && ::poll(ends, 2, patienceMilliseconds) > 0) {
-        if (ends[0].revents != 0 && !readInto(out[0], result.out)) ends[0].fd = -1;
-        if (ends[1].revents != 0 && !readInto(err[0], result.err)) ends[1].fd = -1;
-    }
-    ::close(out[0]);
-    ::close(err[0]);
-    result.status = waitForEnd(child);
-    return result;
+    Shell::Result result = Shell::run(env, wordsFor(options, arguments), patienceSeconds);
+    return {result.status, std::move(result.out), std::move(result.err)};
 }
 
 TerminalScreen::TerminalScreen(const TerminalOptions& options, const std::vector<std::string>& arguments,
@@ -92,7 +68,7 @@ TerminalScreen::TerminalScreen(const TerminalOptions& options, const std::vector
         ::ioctl(line, TIOCSCTTY, 0);
         for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) ::dup2(line, stream);
         ::close(terminal_);
-        execute(options, arguments);
+        execute(wordsFor(options, arguments));
     }
     ::close(line);
 }
@@ -111,7 +87,11 @@ void TerminalScreen::type(const std::string& keys) {
 
 bool TerminalScreen::readMore() {
     pollfd end{.fd = terminal_, .events = POLLIN, .revents = 0};
-    return ::poll(&end, 1, patienceMilliseconds) > 0 && readInto(terminal_, shown_);
+    if (::poll(&end, 1, patienceSeconds * 1000) <= 0) return false;
+    char buffer[65536];
+    const ssize_t got = ::read(terminal_, buffer, sizeof buffer);
+    if (got > 0) shown_.append(buffer, static_cast<size_t>(got));
+    return got > 0;
 }
 
 std::string TerminalScreen::waitFor(const std::string& text) {
@@ -126,9 +106,8 @@ TerminalResult TerminalScreen::finish() {
     TerminalResult result;
     result.status = waitForEnd(child_);
     child_ = -1;
-    for (const char c : shown_) {
-        if (c != '\r') result.out += c;
-    }
+    std::erase(shown_, '\r');
+    result.out = shown_;
     return result;
 }
 

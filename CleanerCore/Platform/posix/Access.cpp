@@ -1,5 +1,6 @@
 #include "CleanerCore/Platform/Access.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <array>
@@ -15,7 +16,7 @@ std::optional<std::string> linkTarget(const std::string& path) {
 }
 
 bool isWritable(const std::string& path) {
-    return ::access(path.c_str(), W_OK) == 0;
+    return ::faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) == 0;
 }
 
 } // namespace loftmere
