@@ -32,11 +32,6 @@ std::vector<std::string> pathsOf(const std::vector<ScanItem>& batch) {
     return paths;
 }
 
-// The disk decides, and the helper's word only where the user cannot look.
-bool isGone(const std::string& path, const Shell::Result& result) {
-    return result.ok() ? !FS::exists(path) : !FS::isReachable(path);
-}
-
 AuditEntry entryOf(const ScanItem& item, bool gone) {
     AuditEntry entry;
     entry.id = newUUID();
@@ -97,7 +92,7 @@ AdminQueue::Outcome AdminQueue::flush(const Paths& paths, const AppConfig& confi
     std::vector<AuditEntry> entries;
     for (const ScanItem& item : batch) {
         const std::string& path = *item.anyPath();
-        const bool gone = isGone(path, result);
+        const bool gone = AdminRunner::isGone(path, result);
         if (gone) {
             outcome.removed.push_back(item);
             outcome.freed += item.size;

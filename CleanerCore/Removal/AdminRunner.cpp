@@ -1,5 +1,7 @@
 #include "CleanerCore/Removal/AdminRunner.h"
 
+#include "CleanerCore/Files/FS.h"
+
 namespace loftmere::AdminRunner {
 
 Shell::Result remove(const std::vector<std::string>& paths, PrivilegedSession& session) {
@@ -12,6 +14,10 @@ Shell::Result remove(const std::vector<std::string>& paths, PrivilegedSession& s
         }
     }
     return session.run(PrivilegedSession::Remove{paths});
+}
+
+bool isGone(const std::string& path, const Shell::Result& result) {
+    return result.ok() ? !FS::exists(path) : !FS::isReachable(path);
 }
 
 Shell::Result oneShot(const std::string& command, const std::string& purpose, const AdminPrompt& prompt) {

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-// What is done as root. Both block, for a password prompt perhaps: never on the main thread.
+// What is done as root. Both operations block, for a password prompt perhaps: never on the main thread.
 namespace loftmere::AdminRunner {
 
 // Removes paths in one request to the session, after the system daemons among them were unloaded, and with
@@ -15,6 +15,10 @@ namespace loftmere::AdminRunner {
 // when all are gone; whoever needs to know which ones are looks at the disk.
 Shell::Result remove(const std::vector<std::string>& paths,
                      PrivilegedSession& session = PrivilegedSession::shared());
+
+// Whether a path that was to be removed is gone, after `remove` has answered `result`. The disk decides, and
+// the helper's word only where the user cannot look. Any thread.
+bool isGone(const std::string& path, const Shell::Result& result);
 
 // One shell command line with a prompt of its own, "Ostrel Loftmere: {purpose}", and a limit of 300 seconds.
 Shell::Result oneShot(const std::string& command, const std::string& purpose,

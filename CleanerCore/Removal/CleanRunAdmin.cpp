@@ -1,4 +1,4 @@
-#include "CleanerCore/Files/FS.h"
+#include "CleanerCore/Removal/AdminRunner.h"
 #include "CleanerCore/Removal/CleanRun.h"
 
 namespace loftmere {
@@ -38,7 +38,7 @@ void CleanRun::removeAsAdmin() {
 }
 
 void CleanRun::accountAsAdmin(const ScanItem& item, const std::string& path, const Shell::Result& result) {
-    const bool isGone = !FS::exists(path);
+    const bool isGone = AdminRunner::isGone(path, result);
     if (isGone) {
         report_.freedBytes += item.size;
         ++report_.itemsProcessed;

@@ -16,8 +16,10 @@ namespace {
 
 constexpr const char* unnamedProvider = "your cloud drive";
 
+// What cannot be looked at is not taken for removed.
 bool isThere(const Place& place) {
-    return place.status().has_value();
+    const auto status = place.status();
+    return status || (status.error() != ENOENT && status.error() != ENOTDIR);
 }
 
 void pauseBefore(int round) {

@@ -20,12 +20,17 @@ namespace {
 
 constexpr double secondsOfDay = 86400;
 
-// "20260115-093012-7F3A9C", in local time.
-std::string newSessionID(Date now) {
+// "20260115-093012-7F3A9C", in local time. Going on in the folder of another session would lose that one's
+// list.
+std::string newSessionID(const Paths& paths, Date now) {
     const time_t seconds = std::chrono::system_clock::to_time_t(now);
     tm local{};
     ::localtime_r(&seconds, &local);
-    return fmt::format("{:%Y%m%d-%H%M%S}-{}", local, newUUID().substr(0, 6));
+    std::string id;
+    do {
+        id = fmt::format("{:%Y%m%d-%H%M%S}-{}", local, newUUID().substr(0, 6));
+    } while (FS::exists(joinPath(paths.quarantineDir(), id)));
+    return id;
 }
 
 } // namespace
@@ -39,7 +44,7 @@ Quarantine::~Quarantine() {
 Result<QuarantineSession> Quarantine::beginSession(const TriggerSource& trigger, int64_t retentionDays,
                                                    Date now) {
     const QuarantineSession session{
-        .id = newSessionID(now),
+        .id = newSessionID(paths_, now),
         .createdAt = now,
         .expiresAt = addSeconds(now, static_cast<double>(retentionDays) * secondsOfDay),
         .trigger = trigger,
@@ -115,8 +120,9 @@ Result<std::vector<CleanFailure>> Quarantine::restore(const std::string& session
     const auto lock = folder->lock();
     if (!lock) return failed(lock.error());
     auto session = folder->read();
-    if (!session) return std::vector<CleanFailure>{};
-    return QuarantineRestore(paths_, *folder, std::move(*session)).run(entryIDs);
+    if (!session) return failed(std::move(session.error()));
+    if (!*session) return std::vector<CleanFailure>{};
+    return QuarantineRestore(paths_, *folder, std::move(**session)).run(entryIDs);
 }
 
 std::vector<QuarantineSession> Quarantine::sessions() const {
@@ -124,7 +130,8 @@ std::vector<QuarantineSession> Quarantine::sessions() const {
     for (const std::string& child : FS::children(paths_.quarantineDir())) {
         const auto folder = QuarantineFolder::open(paths_, lastPathComponent(child));
         if (!folder) continue;
-        if (auto session = folder->read()) all.push_back(std::move(*session));
+        auto session = folder->read();
+        if (session && *session) all.push_back(std::move(**session));
     }
     std::ranges::sort(all, std::ranges::greater(), &QuarantineSession::createdAt);
     return all;
@@ -160,10 +167,11 @@ int64_t Quarantine::purgeExpired(Date now) {
     return freed;
 }
 
-// A day's grace keeps a session that another process is just creating. A damaged manifest is no missing one.
+// A day's grace keeps a session that another process is just creating. A manifest that is damaged, or that
+// cannot be looked at just now, is no missing one.
 void Quarantine::sweepOrphans(Date now) const {
     for (const std::string& child : FS::children(paths_.quarantineDir())) {
-        if (FS::exists(joinPath(child, "manifest.json"))) continue;
+        if (FS::isReachable(joinPath(child, "manifest.json"))) continue;
         const auto modified = FS::modificationDate(child);
         if (!modified || secondsBetween(*modified, now) <= secondsOfDay) continue;
         if (const auto place = Place::open(child)) (void)removeItem(*place);

@@ -53,8 +53,8 @@ public:
 
     // Moves the entries back, all or those whose stored names are given, creating missing parent folders and
     // overwriting nothing. The failures of single entries carry their original paths. Empty without a
-    // readable manifest. Fails when another run is just writing the session, and when the manifest cannot be
-    // saved. The session's folder goes with its last entry.
+    // readable manifest. Fails when another run is just writing the session, when its journal cannot be read
+    // and when the manifest cannot be saved. The session's folder goes with its last entry.
     Result<std::vector<CleanFailure>> restore(const std::string& sessionID,
                                               const std::optional<std::set<std::string>>& entryIDs);
 

@@ -2,11 +2,13 @@
 
 #include "CleanerCore/Files/FS.h"
 #include "CleanerCore/Files/JSONStore.h"
+#include "CleanerCore/Platform/Directory.h"
 #include "CleanerCore/Platform/FileContent.h"
 #include "CleanerCore/Platform/Removal.h"
 #include "CleanerCore/Removal/QuarantineError.h"
 #include "CleanerCore/Support/PathText.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <unordered_map>
 
@@ -79,17 +81,19 @@ std::string QuarantineFolder::itemPath(const std::string& storedName) const {
     return joinPath(joinPath(place_.realPath(), itemsName), storedName);
 }
 
-std::optional<QuarantineSession> QuarantineFolder::read() const {
+Result<std::optional<QuarantineSession>> QuarantineFolder::read() const {
     // The journal first: when it is gone by then, the manifest read after it is whole.
-    const QuarantineJournal moves = QuarantineJournal::read(journal());
+    const auto moves = QuarantineJournal::read(journal());
+    if (!moves) return failed(moves.error());
     auto session = JSONStore::load<QuarantineSession>(manifest());
     if (!session) return session;
+    session->id = place_.name(); // of a folder that was copied or renamed, the manifest tells another
     std::unordered_set<std::string> known;
     for (QuarantineEntry& entry : session->entries) {
-        if (moves.restoring.contains(entry.storedName)) entry.restored |= isAbsent(entry.storedName);
-        if (!moves.arriving.empty()) known.insert(entry.storedName);
+        if (moves->restoring.contains(entry.storedName)) entry.restored |= isAbsent(entry.storedName);
+        if (!moves->arriving.empty()) known.insert(entry.storedName);
     }
-    for (const QuarantineEntry* entry : lastOfEachName(moves.arriving)) {
+    for (const QuarantineEntry* entry : lastOfEachName(moves->arriving)) {
         if (!known.contains(entry->storedName) && !isAbsent(entry->storedName))
             session->entries.push_back(*entry);
     }
@@ -123,6 +127,14 @@ Status QuarantineFolder::remove() const {
         if (auto removed = removeItem(*items); !removed) return removed;
     }
     return removeItem(place_);
+}
+
+Status QuarantineFolder::removeEmptied() const {
+    const std::string items = itemPath("");
+    const auto isNoItem = [](const DirectoryEntry& entry) { return entry.name == ".DS_Store"; };
+    const auto left = readDirectory(items);
+    const bool isEmptied = left ? std::ranges::all_of(*left, isNoItem) : !FS::isReachable(items);
+    return isEmptied ? remove() : failed(Failure::posix(ENOTEMPTY, "delete", place_.realPath()));
 }
 
 } // namespace loftmere

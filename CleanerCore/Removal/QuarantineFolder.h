@@ -36,8 +36,8 @@ public:
     std::string itemPath(const std::string& storedName) const;
 
     // The session as it is: the manifest, with what the journal tells of moves that it does not know yet.
-    // Absent when the manifest cannot be read.
-    std::optional<QuarantineSession> read() const;
+    // Absent when the manifest cannot be read; fails when the journal is there and cannot be.
+    Result<std::optional<QuarantineSession>> read() const;
 
     // Puts the moves so far on the disk and then the manifest.
     Status save(const QuarantineSession& session) const;
@@ -51,6 +51,9 @@ public:
     // Removes the folder, what it holds first and the manifest late, so that what a crash leaves is still
     // listed.
     Status remove() const;
+
+    // The same, unless an item is left that the session does not know.
+    Status removeEmptied() const;
 
 private:
     QuarantineFolder(Place place, std::optional<Place> items)

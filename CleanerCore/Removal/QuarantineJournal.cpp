@@ -4,6 +4,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <cerrno>
 #include <string_view>
 
 namespace loftmere {
@@ -30,10 +31,11 @@ Status writeDown(AppendFile& file, const std::string& lines) {
 
 } // namespace
 
-QuarantineJournal QuarantineJournal::read(const std::string& path) {
+Result<QuarantineJournal> QuarantineJournal::read(const std::string& path) {
     QuarantineJournal journal;
     const auto text = readFile(path);
-    if (!text) return journal;
+    if (!text && text.error().code == ENOENT) return journal;
+    if (!text) return failed(text.error());
     std::string_view rest = *text;
     while (!rest.empty()) {
         const size_t end = std::min(rest.find('\n'), rest.size());

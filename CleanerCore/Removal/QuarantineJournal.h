@@ -23,8 +23,9 @@ struct QuarantineJournal {
 
     static constexpr const char* fileName = "journal.jsonl";
 
-    // The lines of the file; empty when there is none.
-    static QuarantineJournal read(const std::string& path);
+    // The lines of the file; empty when there is none. Fails when it is there and cannot be read: who went on
+    // without it would take what it lists for nobody's.
+    static Result<QuarantineJournal> read(const std::string& path);
 
     // Adds lines and waits until they are on the disk.
     static Status announceArriving(AppendFile& file, std::span<const QuarantineEntry> entries);

@@ -28,7 +28,7 @@ QuarantineRestore::run(const std::optional<std::set<std::string>>& entryIDs) {
         return failed(std::move(saved.error()));
     }
     folder_.dropJournal();
-    if (session_.activeCount() == 0) (void)folder_.remove();
+    if (session_.activeCount() == 0) (void)folder_.removeEmptied();
     return failures;
 }
 

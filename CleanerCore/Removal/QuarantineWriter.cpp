@@ -41,9 +41,10 @@ Result<QuarantineWriter> QuarantineWriter::open(const Paths& paths, const std::s
     auto lock = folder->lock();
     if (!lock) return failed(std::move(lock.error()));
     const auto session = folder->read();
-    if (!session) return failed(Failure::posix(ENOENT, "read", folder->itemPath("")));
+    if (!session) return failed(session.error());
+    if (!*session) return failed(Failure::posix(ENOENT, "read", folder->itemPath("")));
     QuarantineWriter writer(paths, std::move(*folder), std::move(*lock));
-    writer.count_ = session->entries.size();
+    writer.count_ = (*session)->entries.size();
     writer.nextSave_ = std::max(firstSave, 2 * writer.count_);
     return writer;
 }
@@ -144,9 +145,10 @@ Status QuarantineWriter::finish(const QuarantineSession& session) {
 Status QuarantineWriter::finish() {
     if (!folder_.hasJournal()) return {};
     const auto session = folder_.read();
-    if (!session) return {}; // a manifest that cannot be read is left for whoever can
-    count_ = session->entries.size();
-    return finish(*session);
+    if (!session) return failed(session.error());
+    if (!*session) return {}; // a manifest that cannot be read is left for whoever can
+    count_ = (*session)->entries.size();
+    return finish(**session);
 }
 
 } // namespace loftmere

@@ -46,15 +46,31 @@ APPLICATION=$3
 cd -P -- "$FOLDER" || exit 1
 exec </dev/null
 
-serving() {
-    kill -0 "$APPLICATION" 2>/dev/null && ((SECONDS - last < IDLE_LIMIT)) && [ -p ./cmd ] && [ -p ./out ]
+is_pipe() {
+    [ -p "./$1" ] && [ ! -L "./$1" ]
 }
 
-# Opening the pipe blocks until somebody reads. A process of its own does that, since this one must notice that
-# nobody ever will.
+serving() {
+    kill -0 "$APPLICATION" 2>/dev/null && ((SECONDS - last < IDLE_LIMIT)) && is_pipe cmd && is_pipe out
+}
+
+# Writes to the pipe and to nothing else: the folder is the user's, so anything may stand in the pipe's place by now,
+# a link to a file of root's for one. Opening the pipe blocks until somebody reads.
+write_line() {
+    set -C # a file is neither emptied nor written to
+    is_pipe out && exec 4>./out && is_pipe out && is_open 4 out && printf '%s\n' "$1" >&4
+}
+
+# Whether what is open is what stands here. Not every system can tell; "cmd" shows at the start which does.
+tells_open=''
+is_open() {
+    [ -z "$tells_open" ] || [ "./$2" -ef "/dev/fd/$1" ]
+}
+
+# A process of its own writes, since this one must notice that nobody ever reads.
 reply() {
     local writer pauses=(0.01 0.1 1) turn=0
-    printf '%s\n' "$1" 2>/dev/null 3<&- >./out &
+    write_line "$1" 2>/dev/null 3<&- &
     writer=$!
     while kill -0 "$writer" 2>/dev/null; do
         serving || kill "$writer"
@@ -171,7 +187,7 @@ serve_script() {
 serve() {
     [ "$1" = "$TOKEN" ] || {
         reply 'ERR bad-token'
-        return
+        return 0
     }
     case $2 in
     PING) reply 'OK' ;;
@@ -192,6 +208,7 @@ serve() {
 last=$SECONDS
 serving || exit 1
 exec 3<>./cmd
+[ ! ./cmd -ef /dev/fd/3 ] || tells_open=yes
 request=''
 while serving; do
     part=''
@@ -207,4 +224,8 @@ while serving; do
     request=''
 done
 exec 3<&-
-[ ! "$FOLDER" -ef . ] || /bin/rm -rf -- "$FOLDER"
+# What the folder holds goes by the names in here, since the way to the folder may lead elsewhere by now.
+[ "$FOLDER" -ef . ] || exit 0
+set +f
+/bin/rm -rf -- ./* ./.[!.]*
+/bin/rmdir -- "$FOLDER"

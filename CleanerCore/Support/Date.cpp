@@ -2,11 +2,18 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+
 namespace loftmere {
 
 namespace {
 
 using Duration = Date::duration;
+
+// What four digits of a year can tell.
+constexpr std::chrono::sys_seconds earliest = std::chrono::sys_days(std::chrono::year(0) / 1 / 1);
+constexpr std::chrono::sys_seconds latest =
+    std::chrono::sys_days(std::chrono::year(10000) / 1 / 1) - std::chrono::seconds(1);
 
 // Reads exactly `width` decimal digits and takes them off the text.
 std::optional<int> takeDigits(std::string_view& text, size_t width) {
@@ -68,9 +75,11 @@ Date dateFrom(const timespec& stamp) {
 }
 
 std::string toISO8601(Date date) {
-    const auto day = std::chrono::floor<std::chrono::days>(date);
+    // A clock of microseconds reaches further; what is written must be read again.
+    const auto second = std::clamp(std::chrono::floor<std::chrono::seconds>(date), earliest, latest);
+    const auto day = std::chrono::floor<std::chrono::days>(second);
     const std::chrono::year_month_day civil(day);
-    const std::chrono::hh_mm_ss time(std::chrono::floor<std::chrono::seconds>(date - day));
+    const std::chrono::hh_mm_ss time(second - day);
     return fmt::format("{:04}-{:02}-{:02}T{:02}:{:02}:{:02}Z", static_cast<int>(civil.year()),
                        static_cast<unsigned>(civil.month()), static_cast<unsigned>(civil.day()),
                        time.hours().count(), time.minutes().count(), time.seconds().count());

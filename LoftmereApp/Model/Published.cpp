@@ -14,9 +14,11 @@ Observation Observers::add(std::function<void()> observer) {
 }
 
 void Observers::tell() const {
-    // A copy: an observer may end its own observation or begin another.
+    // A copy: an observer may begin and end observations, also those of others, who then are told no more.
     const List told = *list_;
-    for (const auto& [key, observer] : told) observer();
+    for (const auto& [key, observer] : told) {
+        if (list_->contains(key)) observer();
+    }
 }
 
 void Observers::checkThread() const {

@@ -15,13 +15,13 @@ namespace {
 
 class ModelCleanTest : public ModelFixture {
 protected:
-    ScanItem item(const std::string& relative, CleanCategory category) {
-        return ScanItem::make({.target = PathTarget{home.at(relative)}, .size = 1000, .category = category});
+    ScanItem newFile(const char* relative, CleanCategory category) {
+        const std::string path = home.file(relative, "x");
+        return ScanItem::make({.target = PathTarget{path}, .size = 1000, .category = category});
     }
     ScanItem command(std::vector<std::string> arguments) {
         return ScanItem::make(
-            {.title = "A tool",
-             .target = CommandTarget{{.executable = "sh", .arguments = std::move(arguments)}},
+            {.target = CommandTarget{{.executable = "sh", .arguments = std::move(arguments)}},
              .size = 5,
              .category = docker});
     }
@@ -43,15 +43,11 @@ protected:
 } // namespace
 
 TEST_F(ModelCleanTest, HandledItemsLeaveTheListsAndFailedOnesStay) {
-    home.file("Library/Logs/old.log", "x");
-    home.file("Downloads/book.pdf", "x");
-    home.file("Downloads/unticked.pdf", "x");
-    home.file(".ssh/id", "x");
     const ScanItem broken = command({"-c", "echo broken >&2; exit 3"});
-    const ScanItem unticked = item("Downloads/unticked.pdf", oldDownloads);
+    const ScanItem unticked = newFile("Downloads/unticked.pdf", oldDownloads);
     const auto model =
-        modelWith({item("Library/Logs/old.log", logs), item("Downloads/book.pdf", oldDownloads), unticked,
-                   item(".ssh/id", largeOldFiles), broken});
+        modelWith({newFile("Library/Logs/old.log", logs), newFile("Downloads/book.pdf", oldDownloads),
+                   unticked, newFile(".ssh/id", largeOldFiles), broken});
     model->selected.update([&](auto& ticked) { ticked.erase(unticked.id); });
 
     const CleanPreview preview =
@@ -84,7 +80,7 @@ TEST_F(ModelCleanTest, ProgressIsAFractionAndTheLockIsTakenIfItCanBe) {
     const std::string go = home.at("go");
     const auto model = modelWith({});
     const ScanItem waiting = command({"-c", "until [ -e '" + go + "' ]; do sleep 0.01; done"});
-    const auto run = model->clean({item("Library/Logs/none", logs), waiting}, ManualTrigger{});
+    const auto run = model->clean({newFile("Library/Logs/a", logs), waiting}, ManualTrigger{});
     main.runUntil([&] { return *model->cleanProgress == 0.5; });
     EXPECT_FALSE(FileLock::acquire(model->paths.lockFile()));
     home.file("go", "");
@@ -101,12 +97,9 @@ TEST_F(ModelCleanTest, ProgressIsAFractionAndTheLockIsTakenIfItCanBe) {
 }
 
 TEST_F(ModelCleanTest, WhatWasQuarantinedComesBackOrIsGivenUp) {
-    home.file("Downloads/a.pdf", "a");
-    home.file("Downloads/b.pdf", "b");
-    home.file("Downloads/c.pdf", "c");
     const auto model =
-        modelWith({item("Downloads/a.pdf", oldDownloads), item("Downloads/b.pdf", oldDownloads),
-                   item("Downloads/c.pdf", oldDownloads)});
+        modelWith({newFile("Downloads/a.pdf", oldDownloads), newFile("Downloads/b.pdf", oldDownloads),
+                   newFile("Downloads/c.pdf", oldDownloads)});
     finish(model->cleanSelected({oldDownloads}));
     const QuarantineSession session = model->sessions->at(0);
 

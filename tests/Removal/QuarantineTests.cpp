@@ -187,6 +187,22 @@ TEST_F(QuarantineTest, HostileManifestsReachNothing) {
     EXPECT_EQ(test::filesBelow(outside.path()), "victim=kept\n");
 }
 
+TEST(Quarantine, KeepsWhatItsListDoesNotTell) {
+    for (const bool hasJournal : {true, false}) {
+        const TemporaryHome home;
+        const std::string folder = std::string(root) + "/session";
+        const std::string stored = home.file(folder + "/items/0-a", "a");
+        if (hasJournal) home.folder(folder + "/journal.jsonl"); // which cannot be read
+        ASSERT_TRUE(JSONStore::save(QuarantineSession{"other", start, start, ManualTrigger{}, {}},
+                                    home.at(folder + "/manifest.json")));
+        Quarantine quarantine(home.paths());
+        const auto messages = messagesOf(quarantine.restore("session", std::nullopt));
+        EXPECT_EQ(messages.size(), hasJournal ? 1 : 0);
+        EXPECT_TRUE(fs::exists(stored)) << hasJournal;
+        if (!hasJournal) EXPECT_EQ(quarantine.sessions().at(0).id, "session") << "as its folder is called";
+    }
+}
+
 TEST_F(QuarantineTest, BringsBackWhatWasReachedByALinkOutOfTheHome) {
     const TemporaryHome elsewhere;
     elsewhere.file("Downloads/a", "a");
