@@ -12,12 +12,17 @@ namespace loftmere::Hasher64 {
 namespace {
 
 constexpr int64_t blockLength = 128 * 1024; // stays in the processor's cache between reading and hashing
-constexpr int64_t aheadLength = 2 * 1024 * 1024;
+constexpr int64_t stepLength = 2 * 1024 * 1024;
+constexpr int64_t stepsAhead = 4; // what a disk has in hand at once
 
-// While one stretch is being hashed, the next is on its way from the disk.
-void expectNext(const RegularFile& file, int64_t offset, int64_t remaining) {
-    if (offset % aheadLength != 0) return;
-    file.expect(offset + aheadLength, std::clamp<int64_t>(remaining - aheadLength, 0, aheadLength));
+// While one stretch is being hashed, the next few are on their way from the disk: all of them at the
+// beginning, then one more after each.
+void expectNext(const RegularFile& file, int64_t offset, int64_t end) {
+    if (offset % stepLength != 0) return;
+    const int64_t first = offset == 0 ? 0 : offset + (stepsAhead - 1) * stepLength;
+    for (int64_t at = first; at < std::min(end, offset + stepsAhead * stepLength); at += stepLength) {
+        file.expect(at, std::min(stepLength, end - at));
+    }
 }
 
 } // namespace
@@ -27,18 +32,18 @@ std::optional<std::string> hash(const std::string& path, std::optional<int64_t> 
     if (!file) return std::nullopt;
     Sha256 digest;
     std::vector<std::byte> buffer(blockLength);
-    int64_t remaining = limit.value_or(std::numeric_limits<int64_t>::max());
+    const int64_t end = limit.value_or(std::numeric_limits<int64_t>::max());
+    const int64_t expectedEnd = std::min(end, file->size());
     int64_t offset = 0;
-    while (remaining > 0) {
-        expectNext(*file, offset, remaining);
+    while (offset < end) {
+        expectNext(*file, offset, expectedEnd);
         const std::span<std::byte> block(buffer.data(),
-                                         static_cast<size_t>(std::min(remaining, blockLength)));
+                                         static_cast<size_t>(std::min(end - offset, blockLength)));
         const auto got = file->read(offset, block);
         if (!got) return std::nullopt;
         digest.update(block.first(*got));
         if (*got < block.size()) break;
         offset += static_cast<int64_t>(*got);
-        remaining -= static_cast<int64_t>(*got);
     }
     return digest.finish();
 }

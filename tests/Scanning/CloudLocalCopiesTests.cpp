@@ -1,5 +1,5 @@
 #include "CleanerCore/Scanning/Scanners/CloudLocalCopiesScanner.h"
-#include "tests/Support/TemporaryHome.h"
+#include "tests/Support/ScannerFixtures.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -23,11 +23,8 @@ TEST(CloudLocalCopies, LargeUnopenedFilesByFallingSize) {
 
     const auto scan = [&](bool cancelled) {
         std::vector<std::string> found;
-        const ScanContext context{.paths = home.paths(),
-                                  .config = {},
-                                  .now = currentDate(),
-                                  .isCancelled = [&] { return cancelled; },
-                                  .report = [](CleanCategory, const std::string&) {}};
+        ScanContext context = test::scanContext(home);
+        context.isCancelled = [&] { return cancelled; };
         for (const ScanItem& item : CloudLocalCopiesScanner().scan(context).value()) {
             EXPECT_EQ(item.risk, Risk::safe);
             EXPECT_GE(item.size, 25 * mebibyte);

@@ -1,7 +1,7 @@
 #include "CleanerCore/Files/FS.h"
 #include "CleanerCore/Scanning/ContentGroups.h"
 #include "CleanerCore/Scanning/Scanners/DuplicateScanner.h"
-#include "tests/Support/TemporaryHome.h"
+#include "tests/Support/ScannerFixtures.h"
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -26,14 +26,6 @@ using testing::UnorderedElementsAre;
 
 namespace {
 
-ScanContext contextOf(const test::TemporaryHome& home) {
-    return {.paths = home.paths(),
-            .config = {},
-            .now = currentDate(),
-            .isCancelled = [] { return false; },
-            .report = [](CleanCategory, const std::string&) {}};
-}
-
 DuplicateScanner scannerOf(int64_t minBytes) {
     DuplicateScanner scanner;
     scanner.minBytes = minBytes;
@@ -48,10 +40,6 @@ std::vector<std::string> found(const test::TemporaryHome& home, const DuplicateS
         lines.push_back(item.path()->substr(home.path().size() + 1) + " <- " + item.reason);
     }
     return lines;
-}
-
-std::vector<std::string> found(const test::TemporaryHome& home, const DuplicateScanner& scanner) {
-    return found(home, scanner, contextOf(home));
 }
 
 } // namespace
@@ -73,7 +61,7 @@ TEST(DuplicateScanner, FindsWhatIsEqualAndProposesAllButOne) {
     late[70000] = 'y';
     home.file("Documents/late2", late);
 
-    const auto items = DuplicateScanner{}.scan(contextOf(home)).value();
+    const auto items = DuplicateScanner{}.scan(test::scanContext(home)).value();
     ASSERT_EQ(items.size(), 2U);
     for (const ScanItem& item : items) {
         EXPECT_EQ(item.reason, "Identical to ~/Documents/x.zip (kept)");
@@ -82,8 +70,9 @@ TEST(DuplicateScanner, FindsWhatIsEqualAndProposesAllButOne) {
         EXPECT_EQ(item.risk, Risk::review);
         EXPECT_TRUE(item.lastUsed);
     }
-    EXPECT_THAT(found(home, {}), UnorderedElementsAre(testing::StartsWith("Downloads/x.zip"),
-                                                      testing::StartsWith("Movies/deep/Project/x.zip")));
+    EXPECT_THAT(found(home, {}, test::scanContext(home)),
+                UnorderedElementsAre(testing::StartsWith("Downloads/x.zip"),
+                                     testing::StartsWith("Movies/deep/Project/x.zip")));
 }
 
 TEST(DuplicateScanner, RootsAreResolvedAndNeverWalkedTwice) {
@@ -94,7 +83,7 @@ TEST(DuplicateScanner, RootsAreResolvedAndNeverWalkedTwice) {
     DuplicateScanner scanner = scannerOf(1);
     const auto countFor = [&](std::vector<std::string> roots) {
         scanner.roots = std::move(roots);
-        return scanner.files(contextOf(home)).size();
+        return scanner.files(test::scanContext(home)).size();
     };
     EXPECT_EQ(countFor({}), 0U);
     EXPECT_EQ(countFor({"work", "~/work/sub", home.at("work/"), "work/../work", "missing"}), 2U);
@@ -152,14 +141,14 @@ TEST(DuplicateScanner, AgreesWithAComparisonOfWholeContents) {
             std::filesystem::create_hard_link(path, path + "-");
             byContent[content].push_back(path + "-");
         }
-        const auto listed = scannerOf(0).files(contextOf(home));
+        const auto listed = scannerOf(0).files(test::scanContext(home));
         std::set<std::set<std::string>> expected;
         size_t proposals = 0;
         for (const auto& [content, paths] : byContent) {
             if (paths.size() > 1) expected.insert({paths.begin(), paths.end()});
             proposals += paths.size() - 1;
         }
-        EXPECT_EQ(scannerOf(0).scan(contextOf(home)).value().size(), proposals);
+        EXPECT_EQ(scannerOf(0).scan(test::scanContext(home)).value().size(), proposals);
         for (const size_t openFiles : {0, 3, 100}) {
             std::map<int64_t, std::vector<const ListedFile*>> bySize;
             for (const ListedFile& file : listed) bySize[file.size()].push_back(&file);
@@ -190,7 +179,7 @@ TEST(DuplicateScanner, LeavesOutWhatVanishesOrChanges) {
         std::filesystem::remove(at(name));
         return at(name);
     };
-    ScanContext context = contextOf(home);
+    ScanContext context = test::scanContext(home);
     std::map<std::string, int> told;
     std::atomic<bool> done = false;
     context.report = [&](CleanCategory, const std::string& path) {
@@ -215,7 +204,8 @@ TEST(DuplicateScanner, EmptyFilesAreEqualAndFIFOsAreLeftAlone) {
     for (const char* name : {"Documents/a", "Documents/b"}) home.file(name, "");
     for (const char* name : {"Documents/c", "Documents/d"})
         ASSERT_EQ(::mkfifo(home.at(name).c_str(), 0600), 0);
-    EXPECT_THAT(found(home, scannerOf(0)), ElementsAre(testing::HasSubstr("Identical")));
+    EXPECT_THAT(found(home, scannerOf(0), test::scanContext(home)),
+                ElementsAre(testing::HasSubstr("Identical")));
 }
 
 TEST(DuplicateScanner, OpensFewFilesAndReadsAnInodeOnce) {
@@ -298,7 +288,7 @@ TEST(DuplicateScanner, StopsWithinALargeFile) {
         home.file(name, "");
         std::filesystem::resize_file(home.at(name), int64_t{1} << 36); // sparse
     }
-    ScanContext context = contextOf(home);
+    ScanContext context = test::scanContext(home);
     std::atomic<int> reports = 0;
     context.isCancelled = [&] { return reports >= 1000; };
     context.report = [&](CleanCategory, const std::string&) { ++reports; };

@@ -78,3 +78,19 @@ TEST(PhotosGrouping, FindsPairsWhereverTheyDiffer) {
     EXPECT_EQ(groups.size(), 1500U);
     EXPECT_EQ(groups, naiveGroups(hashes));
 }
+
+// One piece of each hash is the same, so that every one must be compared with every other.
+TEST(PhotosGrouping, CancelledInTheMiddleGivesNothing) {
+    std::mt19937_64 random(9);
+    std::vector<uint64_t> hashes{1, 1};
+    while (hashes.size() < 6000) hashes.push_back(random() & 0x77BBDDEE77BBDDEE);
+    int asked = 0;
+    EXPECT_FALSE(LikenessGroups::of(hashes, [&] { return ++asked < 0; }).empty());
+    const int times = asked;
+    EXPECT_GT(times, 5);
+    for (const int limit : {0, 3, times - 1}) {
+        asked = 0;
+        EXPECT_TRUE(LikenessGroups::of(hashes, [&] { return ++asked > limit; }).empty());
+        EXPECT_EQ(asked, limit + 1);
+    }
+}

@@ -1,7 +1,7 @@
 #include "CleanerCore/Platform/FileStatus.h"
 #include "CleanerCore/Scanning/Scanners/SimilarPhotosScanner.h"
 #include "tests/Scanning/Photos.h"
-#include "tests/Support/TemporaryHome.h"
+#include "tests/Support/ScannerFixtures.h"
 
 #include <gtest/gtest.h>
 
@@ -21,15 +21,13 @@ struct Scan {
     std::set<std::string> reported;
 
     std::vector<ScanItem> run(const test::TemporaryHome& home) {
-        const ScanContext context{.paths = home.paths(),
-                                  .config = {},
-                                  .now = currentDate(),
-                                  .isCancelled = isCancelled,
-                                  .report = [&](CleanCategory category, const std::string& text) {
-                                      EXPECT_EQ(category, CleanCategory::similarPhotos);
-                                      const std::lock_guard guard(lock);
-                                      reported.insert(text);
-                                  }};
+        ScanContext context = test::scanContext(home);
+        context.isCancelled = isCancelled;
+        context.report = [&](CleanCategory category, const std::string& text) {
+            EXPECT_EQ(category, CleanCategory::similarPhotos);
+            const std::lock_guard guard(lock);
+            reported.insert(text);
+        };
         return SimilarPhotosScanner().scan(context).value();
     }
 };

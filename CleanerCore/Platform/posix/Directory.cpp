@@ -11,8 +11,9 @@ std::optional<std::vector<DirectoryEntry>> readDirectory(const std::string& path
     const FileDescriptor folder = openQuietly(path, O_DIRECTORY);
     if (!folder) return std::nullopt;
     std::vector<DirectoryEntry> entries;
-    EntryReader reader;
+    thread_local EntryReader reader; // its buffer serves folder after folder
     while (reader.read(folder.get())) {
+        entries.reserve(entries.size() + static_cast<size_t>(reader.count()));
         for (RawEntry entry; reader.next(entry);) entries.push_back({entry.name, entry.type});
     }
     return entries;

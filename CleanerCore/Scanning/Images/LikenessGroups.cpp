@@ -1,13 +1,14 @@
 #include "CleanerCore/Scanning/Images/LikenessGroups.h"
 
+#include "CleanerCore/Scanning/Images/PieceIndex.h"
+
 #include <algorithm>
 #include <array>
-#include <bit>
-#include <numeric>
+#include <utility>
 
 // Equal hashes are in one group or none, so the work is done on distinct values. A value that takes others in
 // its turn meets none that was met before: had an earlier value been near, it would have taken this one. So
-// every value needs to look only at later ones.
+// every value needs to look only at those that are still to be had.
 //
 // Near values are found by cutting the 64 bits in four pieces of 16. Of two values within a distance of 6,
 // one of the first three pieces differs in at most one bit, or else those three account for all of the
@@ -18,95 +19,40 @@ namespace loftmere::LikenessGroups {
 
 namespace {
 
-constexpr size_t pieceCount = 4;
-constexpr size_t pieceBits = 16;
-constexpr size_t bucketCount = size_t{1} << pieceBits;
+constexpr size_t looksBetweenQuestions = size_t{1} << 22; // some milliseconds
 
 static_assert(maximumDistance == 6, "the lookups below rest on it");
 
-// A distinct hash and the indexes that have it: a stretch of `order`.
-struct Value {
-    uint64_t hash;
-    uint32_t begin;
-    uint32_t end;
-};
-
-// Each piece takes its bits from all rows and columns of the picture: bits of one row go together in real
-// photographs (a sky, a dark border), which would crowd a few buckets.
-uint16_t piece(uint64_t hash, size_t which) {
-    uint32_t bits = 0;
+// The bits in another order, with each piece made of bits from all rows and columns of the picture: those of
+// one row go together in real photographs (a sky, a dark border), which would crowd a few buckets.
+uint64_t inPieces(uint64_t hash) {
+    std::array<uint64_t, PieceIndex::pieces> pieces{};
     for (size_t row = 0; row < 8; ++row) {
-        const size_t column = (which + row) % pieceCount;
-        const auto rowBits = uint32_t(hash >> (row * 8));
-        bits = bits << 2 | (rowBits >> column & 1U) << 1 | (rowBits >> (column + pieceCount) & 1U);
-    }
-    return uint16_t(bits);
-}
-
-// All values sorted into buckets by one piece.
-class PieceIndex {
-public:
-    struct Slot {
-        uint64_t hash;
-        uint32_t value;
-    };
-
-    PieceIndex(std::span<const Value> values, size_t which)
-        : begins_(bucketCount), ends_(bucketCount), slots_(values.size()) {
-        for (const Value& value : values) ++ends_[piece(value.hash, which)];
-        std::exclusive_scan(ends_.begin(), ends_.end(), begins_.begin(), uint32_t{0});
-        ends_ = begins_;
-        for (uint32_t i = 0; i < values.size(); ++i) {
-            slots_[ends_[piece(values[i].hash, which)]++] = {values[i].hash, i};
+        for (size_t column = 0; column < 8; ++column) {
+            uint64_t& piece = pieces[(column + 8 - row) % pieces.size()];
+            piece = piece << 1 | (hash >> (row * 8 + column) & 1U);
         }
     }
-
-    // Adds the values of a bucket that are near `hash`, come after `centre` and are still to be had. Those
-    // before it will never be wanted again and go.
-    void collect(uint32_t bucket, uint64_t hash, uint32_t centre, const std::vector<bool>& used,
-                 std::vector<uint32_t>& near) {
-        uint32_t& begin = begins_[bucket];
-        const uint32_t end = ends_[bucket];
-        while (begin < end && slots_[begin].value <= centre) ++begin;
-        for (uint32_t i = begin; i < end; ++i) {
-            const Slot& slot = slots_[i];
-            if (std::popcount(slot.hash ^ hash) <= maximumDistance && !used[slot.value])
-                near.push_back(slot.value);
-        }
-    }
-
-private:
-    std::vector<uint32_t> begins_;
-    std::vector<uint32_t> ends_;
-    std::vector<Slot> slots_; // bucket after bucket, each in order of discovery
-};
-
-// The distinct hashes in order of their first index. `order` receives the indexes sorted by hash.
-std::vector<Value> distinctValues(std::span<const uint64_t> hashes, std::vector<uint32_t>& order) {
-    order.resize(hashes.size());
-    std::iota(order.begin(), order.end(), uint32_t{0});
-    std::ranges::stable_sort(order, {}, [&](uint32_t i) { return hashes[i]; });
-    std::vector<Value> values;
-    for (uint32_t i = 0; i < order.size(); ++i) {
-        const uint64_t hash = hashes[order[i]];
-        if (values.empty() || values.back().hash != hash) values.push_back({hash, i, i});
-        ++values.back().end;
-    }
-    std::ranges::sort(values, {}, [&](const Value& value) { return order[value.begin]; });
-    return values;
+    uint64_t word = 0;
+    for (const uint64_t piece : pieces) word = word << PieceIndex::pieceBits | piece;
+    return word;
 }
 
 class Grouping {
 public:
-    explicit Grouping(std::span<const uint64_t> hashes)
-        : values_(distinctValues(hashes, order_)), used_(values_.size()) {
-        for (size_t which = 0; which < pieceCount; ++which) pieces_.emplace_back(values_, which);
+    Grouping(std::span<const uint64_t> hashes, const std::function<bool()>& isCancelled)
+        : isCancelled_(isCancelled) {
+        sortOut(hashes);
+        used_.resize(values_.size());
+        left_ = values_.size();
     }
 
     std::vector<std::vector<size_t>> groups() {
         std::vector<std::vector<size_t>> groups;
         for (uint32_t centre = 0; centre < values_.size(); ++centre) {
             if (used_[centre]) continue;
+            if (left_ <= indexed_ / 2 || pieces_.empty()) indexWhatIsLeft();
+            if (mustStop()) return {};
             takeNear(centre);
             if (auto members = membersTaken(); members.size() > 1) groups.push_back(std::move(members));
         }
@@ -114,45 +60,86 @@ public:
     }
 
 private:
+    static constexpr uint32_t none = ~uint32_t{0};
+
+    // Fills `sorted_`, and `values_` and `begins_` with the distinct ones in order of their first index.
+    void sortOut(std::span<const uint64_t> hashes) {
+        sorted_.reserve(hashes.size());
+        for (const uint64_t hash : hashes) sorted_.emplace_back(hash, uint32_t(sorted_.size()));
+        std::ranges::sort(sorted_);
+        std::vector<uint32_t> beginAt(hashes.size(), none);
+        for (uint32_t i = 0; i < sorted_.size(); ++i) {
+            if (i == 0 || sorted_[i].first != sorted_[i - 1].first) beginAt[sorted_[i].second] = i;
+        }
+        for (const uint32_t begin : beginAt) {
+            if (begin == none) continue;
+            begins_.push_back(begin);
+            values_.push_back(inPieces(sorted_[begin].first));
+        }
+    }
+
+    // Done again whenever half of them have gone, so that no time is spent on passing over those.
+    void indexWhatIsLeft() {
+        pieces_.clear();
+        for (size_t which = 0; which < PieceIndex::pieces && !isCancelled_(); ++which) {
+            pieces_.emplace_back(values_, used_, which);
+        }
+        indexed_ = left_;
+    }
+
+    bool mustStop() {
+        if (pieces_.size() < PieceIndex::pieces) return true;
+        if (looks_ < looksBetweenQuestions) return false;
+        looks_ = 0;
+        return isCancelled_();
+    }
+
     // Fills `taken_` with the centre and all that it takes, and marks them.
     void takeNear(uint32_t centre) {
-        taken_.assign(1, centre);
-        const uint64_t hash = values_[centre].hash;
-        for (size_t which = 0; which < pieceCount; ++which) {
-            const uint16_t own = piece(hash, which);
-            pieces_[which].collect(own, hash, centre, used_, taken_);
-            if (which == pieceCount - 1) break;
-            for (size_t bit = 0; bit < pieceBits; ++bit) {
-                pieces_[which].collect(own ^ (1U << bit), hash, centre, used_, taken_);
-            }
+        const uint64_t value = values_[centre];
+        taken_.clear();
+        for (const PieceIndex& piece : pieces_) piece.expect(value, &piece != &pieces_.back());
+        for (const PieceIndex& piece : pieces_) {
+            looks_ += piece.collect(value, &piece != &pieces_.back(), maximumDistance, taken_);
         }
+        std::erase_if(taken_, [&](uint32_t other) { return used_[other]; });
         std::ranges::sort(taken_);
         taken_.erase(std::ranges::unique(taken_).begin(), taken_.end());
-        for (const uint32_t value : taken_) used_[value] = true;
+        for (const uint32_t other : taken_) used_[other] = true;
+        left_ -= taken_.size();
     }
 
     std::vector<size_t> membersTaken() const {
         std::vector<size_t> members;
         for (const uint32_t value : taken_) {
-            const auto first = order_.begin();
-            members.insert(members.end(), first + values_[value].begin, first + values_[value].end);
+            const uint64_t hash = sorted_[begins_[value]].first;
+            for (size_t i = begins_[value]; i < sorted_.size() && sorted_[i].first == hash; ++i) {
+                members.push_back(sorted_[i].second);
+            }
         }
         std::ranges::sort(members);
         return members;
     }
 
-    std::vector<uint32_t> order_;
-    std::vector<Value> values_;
+    const std::function<bool()>& isCancelled_;
+    std::vector<std::pair<uint64_t, uint32_t>> sorted_; // each hash with its index
+    std::vector<uint64_t> values_;
+    std::vector<uint32_t> begins_; // of each value's stretch in `sorted_`
     std::vector<bool> used_;
+    size_t left_ = 0; // values that are not used
+    size_t indexed_ = 0;
     std::vector<PieceIndex> pieces_;
     std::vector<uint32_t> taken_;
+    size_t looks_ = 0; // since cancellation was asked for
 };
 
 } // namespace
 
-std::vector<std::vector<size_t>> of(std::span<const uint64_t> hashes) {
+std::vector<std::vector<size_t>> of(std::span<const uint64_t> hashes,
+                                    const std::function<bool()>& isCancelled) {
     if (hashes.size() < 2) return {};
-    return Grouping(hashes).groups();
+    const std::function<bool()> never = [] { return false; };
+    return Grouping(hashes, isCancelled ? isCancelled : never).groups();
 }
 
 } // namespace loftmere::LikenessGroups

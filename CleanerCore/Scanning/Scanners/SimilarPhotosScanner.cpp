@@ -77,10 +77,10 @@ std::vector<Entry> readPhotos(const std::vector<PhotoFile>& files, const ScanCon
     return entries;
 }
 
-std::vector<std::vector<size_t>> groupsOf(const std::vector<Entry>& entries) {
+std::vector<std::vector<size_t>> groupsOf(const std::vector<Entry>& entries, const ScanContext& context) {
     std::vector<uint64_t> hashes;
     for (const Entry& entry : entries) hashes.push_back(entry.likeness.hash);
-    return LikenessGroups::of(hashes);
+    return LikenessGroups::of(hashes, context.isCancelled);
 }
 
 // The best of a group: the most pixels, then the most bytes on disk, then the first found.
@@ -113,7 +113,7 @@ Result<std::vector<ScanItem>> SimilarPhotosScanner::scan(const ScanContext& cont
     if (!photos) return items;
     const std::vector<Entry> entries = readPhotos(photos->files(), context);
     if (context.isCancelled()) return items;
-    for (const std::vector<size_t>& group : groupsOf(entries)) {
+    for (const std::vector<size_t>& group : groupsOf(entries, context)) {
         const size_t keeper = keeperOf(group, entries);
         const std::string keeperName = lastPathComponent(entries[keeper].file->path);
         for (const size_t member : group) {
