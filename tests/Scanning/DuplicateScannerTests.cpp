@@ -248,7 +248,7 @@ TEST(DuplicateScanner, FilesLargerThanTheirDiskAreNotRead) {
         std::filesystem::resize_file(home.file(name, ""), size, failure);
         if (failure) GTEST_SKIP() << "no file can be that large here";
     }
-    EXPECT_THAT(found(home, {}), IsEmpty());
+    EXPECT_THAT(DuplicateScanner{}.scan(test::scanContext(home)).value(), IsEmpty());
 }
 
 TEST(DuplicateScanner, FewDescriptorsCostNoFindings) {
@@ -259,7 +259,7 @@ TEST(DuplicateScanner, FewDescriptorsCostNoFindings) {
     ::getrlimit(RLIMIT_NOFILE, &before);
     const rlimit few{.rlim_cur = 40, .rlim_max = before.rlim_max};
     ::setrlimit(RLIMIT_NOFILE, &few);
-    EXPECT_EQ(scannerOf(1).scan(contextOf(home)).value().size(), 380U);
+    EXPECT_EQ(scannerOf(1).scan(test::scanContext(home)).value().size(), 380U);
     ::setrlimit(RLIMIT_NOFILE, &before);
 }
 
