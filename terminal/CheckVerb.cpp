@@ -50,6 +50,7 @@ std::string absolute(const std::string& path) {
 }
 
 ExitStatus check(Session& session, const std::vector<std::string>& paths) {
+    const bool knowsSettings = session.knowsSettings();
     const SafetyPolicy policy(session.model().paths, session.model().config->protectedPaths);
     Json verdicts = Json::array();
     for (const std::string& path : paths) {
@@ -65,7 +66,7 @@ ExitStatus check(Session& session, const std::vector<std::string>& paths) {
         }
     }
     if (session.json()) session.print(verdicts);
-    return ExitStatus::done;
+    return knowsSettings ? ExitStatus::done : ExitStatus::failed;
 }
 
 } // namespace

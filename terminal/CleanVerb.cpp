@@ -152,6 +152,10 @@ ExitStatus clean(Session& session, const CleanOptions& options) {
         session.console().say("nobody is there to ask; give --yes, or --dry-run to see what would happen");
         return ExitStatus::usage;
     }
+    if (!session.knowsSettings() && !options.dryRun) {
+        session.console().say("nothing was changed");
+        return ExitStatus::failed;
+    }
     const ExitStatus status = CleanRunner(session, options).run(*categories);
     // A root helper must not outlive the program that started it.
     PrivilegedSession::shared().end();

@@ -22,6 +22,7 @@ ExitStatus scan(Session& session, const ScanOptions& options) {
         session.console().say(categories.error().message);
         return ExitStatus::usage;
     }
+    (void)session.knowsSettings();
     const ExitStatus status = runScan(session, *categories);
     if (session.json())
         session.print(scanDocument(session.model(), *categories));

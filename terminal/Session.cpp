@@ -1,10 +1,12 @@
 #include "terminal/Session.h"
 
+#include "CleanerCore/Files/ConfigStore.h"
 #include "CleanerCore/Platform/User.h"
 #include "CleanerCore/Support/PathText.h"
 #include "CleanerCore/Support/Text.h"
 #include "terminal/StatusLine.h"
 
+#include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
 namespace loftmere {
@@ -21,6 +23,15 @@ AppModel& Session::model() {
         model_ = std::make_unique<AppModel>(loop_, Paths(homeDirectory()));
     }
     return *model_;
+}
+
+bool Session::knowsSettings() {
+    if (!ConfigStore(model().paths).isDamaged()) return true;
+    console_.say(
+        fmt::format("the settings in {} cannot be read; what you protect there is not known until they "
+                    "are mended or removed",
+                    shown(model().paths.configFile())));
+    return false;
 }
 
 void Session::wait(const std::function<bool()>& done, const std::function<std::string()>& status) {

@@ -23,6 +23,10 @@ public:
     // Made on first use, so that what needs no model does not pay for it.
     AppModel& model();
 
+    // False, having said so, when the user's settings stand on disk and cannot be read: all defaults hold
+    // then, and what is protected is not known.
+    bool knowsSettings();
+
     // Runs the loop until `done`. Meanwhile a person sees `status`, asked anew ten times a second.
     void wait(const std::function<bool()>& done, const std::function<std::string()>& status);
 

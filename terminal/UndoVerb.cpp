@@ -1,4 +1,5 @@
 #include "CleanerCore/Support/ByteFormat.h"
+#include "CleanerCore/Support/ByteSum.h"
 #include "CleanerCore/Support/RecordCodec.h"
 #include "CleanerCore/Support/Text.h"
 #include "terminal/CleanReportText.h"
@@ -48,7 +49,7 @@ std::pair<size_t, int64_t> heldOf(const QuarantineSession& session,
     for (const QuarantineEntry& entry : session.entries) {
         if (entry.restored || (wanted && !wanted->contains(entry.storedName))) continue;
         ++held.first;
-        held.second += entry.size;
+        addBytes(held.second, entry.size);
     }
     return held;
 }

@@ -14,6 +14,9 @@ public:
     // A missing or undecodable file gives all defaults and is left where it is.
     AppConfig load() const;
 
+    // Whether there is a file that `load` cannot take: what the user protects is not known then.
+    bool isDamaged() const;
+
     Status save(const AppConfig& config) const;
 
 private:

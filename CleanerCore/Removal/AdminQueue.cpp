@@ -4,6 +4,7 @@
 #include "CleanerCore/Removal/AdminRunner.h"
 #include "CleanerCore/Removal/AuditLog.h"
 #include "CleanerCore/Removal/SafetyPolicy.h"
+#include "CleanerCore/Support/ByteSum.h"
 #include "CleanerCore/Support/Date.h"
 #include "CleanerCore/Support/UUID.h"
 #include "CleanerCore/Uninstaller/UninstallService.h"
@@ -72,7 +73,7 @@ std::vector<ScanItem> AdminQueue::pending() const {
 int64_t AdminQueue::pendingBytes() const {
     const std::lock_guard guard(lock_);
     int64_t bytes = 0;
-    for (const ScanItem& item : items_) bytes += item.size;
+    for (const ScanItem& item : items_) addBytes(bytes, item.size);
     return bytes;
 }
 
@@ -95,7 +96,7 @@ AdminQueue::Outcome AdminQueue::flush(const Paths& paths, const AppConfig& confi
         const bool gone = AdminRunner::isGone(path, result);
         if (gone) {
             outcome.removed.push_back(item);
-            outcome.freed += item.size;
+            addBytes(outcome.freed, item.size);
         } else {
             outcome.failed.emplace_back(item, UninstallService::explain(result, path));
         }

@@ -3,6 +3,7 @@
 #include "CleanerCore/Platform/Removal.h"
 #include "CleanerCore/Removal/CloudEvictor.h"
 #include "CleanerCore/Removal/CloudFiles.h"
+#include "CleanerCore/Support/ByteSum.h"
 #include "CleanerCore/Support/Text.h"
 #include "CleanerCore/Support/UUID.h"
 
@@ -73,17 +74,17 @@ void CleanRun::carryOut(const ScanItem& item, const CleanPlanner::Decision& deci
 // Speaks of the space that will be gained, so what goes to the Trash counts as freed.
 void CleanRun::preview(const ScanItem& item, const CleanPlan& plan) {
     if (plan.action == CleanAction::evict)
-        report_.evictedBytes += item.size;
+        addBytes(report_.evictedBytes, item.size);
     else if (plan.disposal == Disposal::quarantine)
-        report_.quarantinedBytes += item.size;
+        addBytes(report_.quarantinedBytes, item.size);
     else
-        report_.freedBytes += item.size;
+        addBytes(report_.freedBytes, item.size);
 }
 
 void CleanRun::evict(const ScanItem& item) {
     const auto evicted = CloudEvictor::evict(*item.anyPath(), with_.paths);
     if (!evicted) return tellFailure(item, "evict", evicted.error());
-    report_.evictedBytes += item.size;
+    addBytes(report_.evictedBytes, item.size);
     ++report_.itemsProcessed;
     log("evict", item, item.title, true);
 }
@@ -92,7 +93,7 @@ void CleanRun::runCommand(const ScanItem& item) {
     const CommandSpec& command = std::get<CommandTarget>(item.target).command;
     const auto result = Shell::run(command.executable, command.arguments, commandLimit);
     if (result.ok()) {
-        report_.freedBytes += item.size;
+        addBytes(report_.freedBytes, item.size);
         ++report_.itemsProcessed;
     } else {
         fail(item, result.err.empty() ? fmt::format("exit {}", result.status) : result.err);
@@ -104,7 +105,7 @@ void CleanRun::takeAway(const ScanItem& item, const CleanPlanner::Decision& deci
     const char* action = rawValue(*decision.plan.disposal);
     const Status done = act(item, decision.plan, *decision.place);
     if (done) {
-        report_.*counterOf(decision.plan.action) += item.size;
+        addBytes(report_.*counterOf(decision.plan.action), item.size);
         ++report_.itemsProcessed;
         return log(action, item, pathOf(item), true);
     }

@@ -1,11 +1,12 @@
 #include "CleanerCore/Removal/AdminRunner.h"
 #include "CleanerCore/Removal/CleanRun.h"
+#include "CleanerCore/Support/ByteSum.h"
 
 namespace loftmere {
 
 void CleanRun::finishAsAdmin() {
     if (dryRun_) {
-        for (const ScanItem& item : adminItems_) report_.freedBytes += item.size;
+        for (const ScanItem& item : adminItems_) addBytes(report_.freedBytes, item.size);
     } else if (with_.config.queueAdminRemovals) {
         enqueueForAdmin();
     } else {
@@ -40,7 +41,7 @@ void CleanRun::removeAsAdmin() {
 void CleanRun::accountAsAdmin(const ScanItem& item, const std::string& path, const Shell::Result& result) {
     const bool isGone = AdminRunner::isGone(path, result);
     if (isGone) {
-        report_.freedBytes += item.size;
+        addBytes(report_.freedBytes, item.size);
         ++report_.itemsProcessed;
     } else {
         fail(item, result.ok() ? "Could not remove" : result.err);

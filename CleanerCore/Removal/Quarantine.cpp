@@ -5,6 +5,7 @@
 #include "CleanerCore/Removal/QuarantineError.h"
 #include "CleanerCore/Removal/QuarantineRestore.h"
 #include "CleanerCore/Removal/RestoreDestination.h"
+#include "CleanerCore/Support/ByteSum.h"
 #include "CleanerCore/Support/PathText.h"
 #include "CleanerCore/Support/UUID.h"
 
@@ -139,7 +140,7 @@ std::vector<QuarantineSession> Quarantine::sessions() const {
 
 int64_t Quarantine::totalSize() const {
     int64_t total = 0;
-    for (const QuarantineSession& session : sessions()) total += session.totalSize();
+    for (const QuarantineSession& session : sessions()) addBytes(total, session.totalSize());
     return total;
 }
 
@@ -159,7 +160,7 @@ int64_t Quarantine::purgeExpired(Date now) {
         if (session.expiresAt > now) continue;
         const auto folder = QuarantineFolder::open(paths_, session.id);
         if (!folder || !folder->lock()) continue; // being written
-        freed += session.totalSize();
+        addBytes(freed, session.totalSize());
         (void)purge(session.id);
     }
     sweepOrphans(now);

@@ -1,5 +1,6 @@
 #include "CleanerCore/Removal/QuarantineSession.h"
 
+#include "CleanerCore/Support/ByteSum.h"
 #include "CleanerCore/Support/RecordCodec.h"
 
 #include <algorithm>
@@ -20,7 +21,7 @@ constexpr std::tuple fields{
 
 int64_t QuarantineSession::totalSize() const {
     int64_t total = 0;
-    for (const QuarantineEntry& entry : entries) total += entry.restored ? 0 : entry.size;
+    for (const QuarantineEntry& entry : entries) addBytes(total, entry.restored ? 0 : entry.size);
     return total;
 }
 

@@ -58,6 +58,11 @@ TEST_F(TerminalClean, ChangesNothingUnlessToldTo) {
         EXPECT_EQ(run(c.arguments).status, c.status);
         EXPECT_TRUE(allStands());
     }
+    home.file("Library/Application Support/Ostrel Loftmere/config.json", "{\"protectedPaths\": [");
+    const auto blind = run({"clean", "--all", "--yes"});
+    EXPECT_EQ(blind.status, 1);
+    EXPECT_THAT(blind.err, HasSubstr("config.json cannot be read; what you protect"));
+    EXPECT_TRUE(allStands());
     EXPECT_FALSE(stands("Library/Application Support/Ostrel Loftmere/audit.jsonl"));
 }
 

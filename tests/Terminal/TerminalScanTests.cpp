@@ -20,8 +20,9 @@ namespace {
 
 // A Trash full of names that would like to take over a terminal.
 void fillTrash(const TemporaryHome& home) {
-    for (const std::string name : {"plain.txt", "line\nbreak", "esc\x1B[31mred", "bell\x07",
-                                   "rtl\u202Etxt.exe", "c1\u009B31m", "del\x7F", "tag\U000E0041", "日本語の長い名前", "e\u0301te\u0301", "bad\xFF"})
+    for (const std::string name :
+         {"plain.txt", "line\nbreak", "esc\x1B[31mred", "bell\x07", "rtl\u202Etxt.exe", "c1\u009B31m",
+          "del\x7F", "tag\U000E0041", "日本語の長い名前", "e\u0301te\u0301", "bad\xFF"})
         home.file(".Trash/" + name, "x");
     home.file(".Trash/" + std::string(255, 'n'), std::string(9000, 'x'));
 }
@@ -119,11 +120,10 @@ TEST(TerminalProgram, NoNameFromDiskReachesTheTerminalAsItIs) {
 TEST(TerminalProgram, AVanishedReaderIsNoFailureButAFullDiskIs) {
     const TemporaryHome home;
     fillTrash(home);
-    for (const auto& [command, status] : {std::pair("\"$0\" scan | true; exit ${PIPESTATUS[0]}", 0),
-                                          std::pair("\"$0\" scan > /dev/full", 1),
-                                          std::pair("\"$0\" --help > /dev/full", 1),
-                                          std::pair("\"$0\" scan >&-", 1),
-                                          std::pair("HOME=/dev/null \"$0\" scan", 1)}) {
+    for (const auto& [command, status] :
+         {std::pair("\"$0\" scan | true; exit ${PIPESTATUS[0]}", 0), std::pair("\"$0\" scan > /dev/full", 1),
+          std::pair("\"$0\" --help > /dev/full", 1), std::pair("\"$0\" scan >&-", 1),
+          std::pair("HOME=/dev/null \"$0\" scan", 1)}) {
         const std::string line = std::string("HOME='") + home.path() + "' bash -c '" + command + "' " +
                                  LOFTMERE_TERMINAL + " 2> '" + home.at("err") + "'";
         EXPECT_EQ(WEXITSTATUS(std::system(line.c_str())), status) << line;
