@@ -23,15 +23,23 @@ std::string summaryOf(const std::vector<ScanItem>& items, const CleanReport& rep
     return "Cleaned " + counted(static_cast<size_t>(report.itemsProcessed), "item");
 }
 
+// The id of an item tells by a prefix how it is removed, which is nothing to a person.
+std::string nameOf(const std::string& itemID, std::span<const ScanItem> items) {
+    const auto item = std::ranges::find(items, itemID, &ScanItem::id);
+    if (item == items.end()) return itemID;
+    return item->anyPath() != nullptr ? *item->anyPath() : item->title;
+}
+
 } // namespace
 
-void printFailures(Session& session, std::string_view heading, std::span<const CleanFailure> failures) {
+void printFailures(Session& session, std::string_view heading, std::span<const CleanFailure> failures,
+                   std::span<const ScanItem> items) {
     if (failures.empty()) return;
     Console& console = session.console();
     console.printLine(console.paint(Ink::red, heading));
     std::vector<Row> rows;
     for (const CleanFailure& failure : failures) {
-        rows.push_back({.title = session.shown(failure.itemID),
+        rows.push_back({.title = session.shown(nameOf(failure.itemID, items)),
                         .titleIsPath = true,
                         .note = printable(failure.message)});
     }
@@ -42,7 +50,7 @@ void printFailures(Session& session, std::string_view heading, std::span<const C
 void printCleanReport(Session& session, const std::vector<ScanItem>& items, const CleanReport& report,
                       bool dryRun) {
     // The preview has told a dry run's failures with each item.
-    if (!dryRun) printFailures(session, "Failed", report.failures);
+    if (!dryRun) printFailures(session, "Failed", report.failures, items);
     Console& console = session.console();
     console.printLine(console.paint(Ink::bold, summaryOf(items, report, dryRun)));
     if (dryRun) return console.printLine("Nothing was changed.");

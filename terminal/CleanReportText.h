@@ -14,8 +14,10 @@ namespace loftmere {
 void printCleanReport(Session& session, const std::vector<ScanItem>& items, const CleanReport& report,
                       bool dryRun);
 
-// A heading and a line for each item that could not be handled, if there are any.
-void printFailures(Session& session, std::string_view heading, std::span<const CleanFailure> failures);
+// A heading and a line for each item that could not be handled, if there are any. Those among `items` are
+// named as people know them, others by their id.
+void printFailures(Session& session, std::string_view heading, std::span<const CleanFailure> failures,
+                   std::span<const ScanItem> items = {});
 
 // A bar that is filled by a share from 0 to 1.
 std::string bar(const Console& console, double share);

@@ -30,6 +30,9 @@ public:
     // Its bytes at this moment.
     int64_t size() const;
 
+    // The same open file with an owner of its own. Absent when there are no more descriptors to be had.
+    std::optional<RegularFile> duplicate() const;
+
     // Tells the system that these bytes will be wanted soon. Answers at once; a hint, so it never fails.
     void expect(int64_t offset, int64_t length) const;
 

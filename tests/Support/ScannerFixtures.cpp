@@ -11,121 +11,64 @@ namespace {
 
 using enum CleanCategory;
 
-void fillUserCaches(const TemporaryHome& home) {
-    home.fileOfSize("Library/Caches/com.example.viewer/data", 100000);
-    home.fileOfSize("Library/Caches/small", 100);
-}
-
-void fillLogs(const TemporaryHome& home) {
-    home.fileOfSize("Library/Logs/Example/old.log", 5000);
-    home.fileOfSize("Library/Logs/plain.log", 10);
-}
-
-void fillCrashReports(const TemporaryHome& home) {
-    home.fileOfSize("Library/Logs/DiagnosticReports/viewer.ips", 3000);
-    home.fileOfSize("Library/Logs/DiagnosticReports/Retired/viewer.ips", 3000);
-}
-
-void fillTrash(const TemporaryHome& home) {
-    home.fileOfSize(".Trash/letter.txt", 20);
-    home.fileOfSize(".Trash/folder/picture", 20000);
-}
-
-void fillSavedState(const TemporaryHome& home) {
-    home.fileOfSize("Library/Saved Application State/com.example.viewer.savedState/windows.plist", 900);
-}
-
-void fillMailDownloads(const TemporaryHome& home) {
-    home.fileOfSize("Library/Containers/com.apple.mail/Data/Library/Mail Downloads/1A2B/invoice.pdf", 7000);
-}
-
-void fillBackups(const TemporaryHome& home) {
-    home.fileOfSize("Library/Application Support/MobileSync/Backup/00008030/Manifest.db", 9000);
-    home.file("Library/Application Support/MobileSync/Backup/00008030/Info.plist",
-              "<plist><dict><key>Device Name</key><string>Phone</string></dict></plist>");
-}
-
-void fillFirmware(const TemporaryHome& home) {
-    home.fileOfSize("Library/iTunes/iPad Software Updates/iPad_16.ipsw", 9000);
-    home.fileOfSize("Library/iTunes/iPhone Software Updates/partial.ipsw/data", 9000);
-}
-
-void fillOldDownloads(const TemporaryHome& home) {
-    home.fileOfSize("Downloads/paper.pdf", 9000);
-    home.fileOfSize("Downloads/archive/one", 9000);
-}
-
-void fillInstallers(const TemporaryHome& home) {
-    home.fileOfSize("Downloads/Viewer.dmg", 9000);
-    home.fileOfSize("Desktop/Editor.mpkg/Contents/Archive.pax", 9000);
-}
-
-void fillLargeOldFiles(const TemporaryHome& home) {
-    home.fileOfSize("Films/holiday.mov", 1 << 20);
-    home.fileOfSize("Films/Raw/holiday.mov", 2 << 20);
-}
-
-void fillXcode(const TemporaryHome& home) {
-    home.fileOfSize("Library/Developer/Xcode/DerivedData/Viewer-abc/Build/viewer.o", 9000);
-    home.fileOfSize("Library/Developer/Xcode/Archives/2025-01-01/Viewer.xcarchive/Info.plist", 900);
-}
-
-void fillSimulators(const TemporaryHome& home) {
-    home.fileOfSize("Library/Developer/Xcode/iOS DeviceSupport/17.2/Symbols", 9000);
-    home.fileOfSize("Library/Developer/Xcode/iOS DeviceSupport/9.3/Symbols", 9000);
-    home.fileOfSize("Library/Developer/CoreSimulator/Caches/dyld/cache", 9000);
-}
-
-void fillProjects(const TemporaryHome& home) {
-    home.file("Projects/viewer/package.json", "{}");
-    home.fileOfSize("Projects/viewer/node_modules/left/index.js", 700002);
-    home.fileOfSize("Projects/viewer/node_modules/right/index.js", 700003);
-}
-
-void fillPackageCaches(const TemporaryHome& home) {
-    home.fileOfSize("Library/Caches/pip/http/one", 700000);
-    home.fileOfSize("Library/Caches/pip/http/two", 700001);
-}
-
-void fillDuplicates(const TemporaryHome& home) {
-    home.file("Documents/plan.bin", std::string(600000, 'p'));
-    home.file("Music/plan copy.bin", std::string(600000, 'p'));
-}
-
-void fillCloudCopies(const TemporaryHome& home) {
-    home.fileOfSize("Library/Mobile Documents/com~apple~CloudDocs/film.mov", 26 << 20);
-}
-
-void fillSimilarPhotos(const TemporaryHome& home) {
-    home.file("Pictures/Trip/large.jpg", photoContent("photo.jpg"));
-    home.file("Pictures/small.jpg", photoContent("half.jpg"));
-}
-
 // clang-format off
-constexpr ScannerFixture fixtures[] = {
-    {userCaches,    fillUserCaches,    "Library/Caches/com.example.viewer"},
-    {logs,          fillLogs,          "Library/Logs/Example"},
-    {crashReports,  fillCrashReports,  "Library/Logs/DiagnosticReports/Retired"},
-    {trash,         fillTrash,         ".Trash/folder", true, false},
-    {savedAppState, fillSavedState,    "Library/Saved Application State/com.example.viewer.savedState"},
-    {mailDownloads, fillMailDownloads, "Library/Containers/com.apple.mail/Data/Library/Mail Downloads/1A2B"},
-    {xcode,         fillXcode,         "Library/Developer/Xcode/DerivedData/Viewer-abc"},
-    {simulators,    fillSimulators,    "Library/Developer/CoreSimulator/Caches/dyld"},
-    {projectArtifacts, fillProjects,   "Projects/viewer/node_modules/left"},
-    {packageCaches, fillPackageCaches, "Library/Caches/pip/http"},
-    {docker,        [](auto&) {},      nullptr, false, false},
-    {iosBackups,    fillBackups,       "Library/Application Support/MobileSync/Backup/00008030"},
-    {iosUpdates,    fillFirmware,      "Library/iTunes/iPhone Software Updates/partial.ipsw"},
-    {oldDownloads,  fillOldDownloads,  "Downloads/archive"},
-    {installers,    fillInstallers,    "Desktop/Editor.mpkg"},
-    {largeOldFiles, fillLargeOldFiles},
-    {duplicates,    fillDuplicates},
-    {similarPhotos, fillSimilarPhotos},
-    {cloudLocalCopies, fillCloudCopies},
+const ScannerFixture fixtures[] = {
+    {userCaches, {{"Library/Caches/com.example.viewer/data", 100000}, {"Library/Caches/small", 100}},
+     "Library/Caches/com.example.viewer"},
+    {logs, {{"Library/Logs/Example/old.log", 5000}, {"Library/Logs/plain.log", 10}}, "Library/Logs/Example"},
+    {crashReports,
+     {{"Library/Logs/DiagnosticReports/viewer.ips", 3000}, {"Library/Logs/DiagnosticReports/Retired/viewer.ips", 3000}},
+     "Library/Logs/DiagnosticReports/Retired"},
+    {trash, {{".Trash/letter.txt", 20}, {".Trash/folder/picture", 20000}}, ".Trash/folder", true, false},
+    {savedAppState, {{"Library/Saved Application State/com.example.viewer.savedState/windows.plist", 900}},
+     "Library/Saved Application State/com.example.viewer.savedState"},
+    {mailDownloads, {{"Library/Containers/com.apple.mail/Data/Library/Mail Downloads/1A2B/invoice.pdf", 7000}},
+     "Library/Containers/com.apple.mail/Data/Library/Mail Downloads/1A2B"},
+    {xcode,
+     {{"Library/Developer/Xcode/DerivedData/Viewer-abc/Build/viewer.o", 9000},
+      {"Library/Developer/Xcode/Archives/2025-01-01/Viewer.xcarchive/Info.plist", 900}},
+     "Library/Developer/Xcode/DerivedData/Viewer-abc"},
+    {simulators,
+     {{"Library/Developer/Xcode/iOS DeviceSupport/17.2/Symbols", 9000},
+      {"Library/Developer/Xcode/iOS DeviceSupport/9.3/Symbols", 9000},
+      {"Library/Developer/CoreSimulator/Caches/dyld/cache", 9000}},
+     "Library/Developer/CoreSimulator/Caches/dyld"},
+    {projectArtifacts,
+     {{"Projects/viewer/package.json", 2},
+      {"Projects/viewer/node_modules/left/index.js", 700002},
+      {"Projects/viewer/node_modules/right/index.js", 700003}},
+     "Projects/viewer/node_modules/left"},
+    {packageCaches, {{"Library/Caches/pip/http/one", 700000}, {"Library/Caches/pip/http/two", 700001}},
+     "Library/Caches/pip/http"},
+    {docker, {}, nullptr, false, false},
+    {iosBackups,
+     {{"Library/Application Support/MobileSync/Backup/00008030/Manifest.db", 9000},
+      {"Library/Application Support/MobileSync/Backup/00008030/Info.plist", 90}},
+     "Library/Application Support/MobileSync/Backup/00008030"},
+    {iosUpdates,
+     {{"Library/iTunes/iPad Software Updates/iPad_16.ipsw", 9000},
+      {"Library/iTunes/iPhone Software Updates/partial.ipsw/data", 9000}},
+     "Library/iTunes/iPhone Software Updates/partial.ipsw"},
+    {oldDownloads, {{"Downloads/paper.pdf", 9000}, {"Downloads/archive/one", 9000}}, "Downloads/archive"},
+    {installers, {{"Downloads/Viewer.dmg", 9000}, {"Desktop/Editor.mpkg/Contents/Archive.pax", 9000}},
+     "Desktop/Editor.mpkg"},
+    {largeOldFiles, {{"Films/holiday.mov", 1 << 20}, {"Films/Raw/holiday.mov", 2 << 20}}},
+    {duplicates, {{"Documents/plan.bin", 600000}, {"Music/plan copy.bin", 600000}}},
+    {similarPhotos, {{"Pictures/Trip/large.jpg", 0, "photo.jpg"}, {"Pictures/small.jpg", 0, "half.jpg"}}},
+    {cloudLocalCopies, {{"Library/Mobile Documents/com~apple~CloudDocs/film.mov", 26 << 20}}},
 };
 // clang-format on
 
 } // namespace
+
+void ScannerFixture::fill(const TemporaryHome& home) const {
+    for (const auto& [path, size, photo] : files) {
+        if (photo != nullptr)
+            home.file(path, photoContent(photo));
+        else
+            home.fileOfSize(path, size);
+    }
+}
 
 std::span<const ScannerFixture> scannerFixtures() {
     return fixtures;

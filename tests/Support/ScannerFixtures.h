@@ -13,10 +13,18 @@ namespace loftmere::test {
 
 // What the scanner of one category is tried on. Every scanner of the registry has one.
 struct ScannerFixture {
-    CleanCategory category;
+    struct File {
+        const char* path;
+        int64_t size;
+        const char* photo = nullptr; // one of the test pictures instead
+    };
+
     // Puts something to find into a home, but nothing that the scanner of another category would find as
     // well.
-    void (*fill)(const TemporaryHome& home);
+    void fill(const TemporaryHome& home) const;
+
+    CleanCategory category;
+    std::vector<File> files;
     // A folder that the scanner measures as part of a finding, null when it measures none.
     const char* measured = nullptr;
     // Whether findings and progress are to be expected: not where they come from a tool that may be missing.

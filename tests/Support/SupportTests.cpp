@@ -1,3 +1,4 @@
+#include "CleanerCore/Support/Abandonable.h"
 #include "CleanerCore/Support/ByteFormat.h"
 #include "CleanerCore/Support/Concurrent.h"
 #include "CleanerCore/Support/Date.h"
@@ -10,6 +11,7 @@
 #include <atomic>
 #include <limits>
 #include <string>
+#include <thread>
 
 using namespace loftmere;
 
@@ -87,6 +89,25 @@ TEST(Sha256, KnownDigest) {
     Sha256 hash;
     hash.update(std::as_bytes(std::span("abc", 3)));
     EXPECT_EQ(hash.finish(), "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");
+}
+
+TEST(Abandonable, LeavesWorkThatIsNotWaitedForToItself) {
+    std::atomic<bool> mayEnd = false;
+    std::atomic<bool> knew = false;
+    std::atomic<bool> ended = false;
+    const auto answer = unlessCancelled<int>([] { return true; },
+                                             [&](const auto& isAbandoned) {
+                                                 while (!mayEnd) std::this_thread::yield();
+                                                 knew = isAbandoned();
+                                                 ended = true;
+                                                 return std::optional(1);
+                                             });
+    EXPECT_FALSE(answer || ended);
+    mayEnd = true;
+    while (!ended) std::this_thread::yield();
+    EXPECT_TRUE(knew);
+    EXPECT_EQ(unlessCancelled<int>(nullptr, [](const auto&) { return std::optional(7); }), 7);
+    EXPECT_EQ(unlessCancelled<int>(nullptr, [](const auto&) { return std::optional<int>(); }), std::nullopt);
 }
 
 TEST(Concurrent, RunsEachIterationOnce) {

@@ -68,6 +68,8 @@ TerminalScreen::TerminalScreen(const TerminalOptions& options, const std::vector
         ::ioctl(line, TIOCSCTTY, 0);
         for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) ::dup2(line, stream);
         ::close(terminal_);
+        // Whoever runs the tests in the background may have these ignored.
+        for (const int key : {SIGHUP, SIGINT, SIGQUIT}) ::signal(key, SIG_DFL);
         execute(wordsFor(options, arguments));
     }
     ::close(line);

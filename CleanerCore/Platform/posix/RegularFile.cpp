@@ -58,6 +58,12 @@ std::optional<size_t> RegularFile::read(int64_t offset, std::span<std::byte> blo
     return filled;
 }
 
+std::optional<RegularFile> RegularFile::duplicate() const {
+    FileDescriptor fd(::fcntl(fd_.get(), F_DUPFD_CLOEXEC, 0));
+    if (!fd) return std::nullopt;
+    return RegularFile(std::move(fd));
+}
+
 int64_t RegularFile::size() const {
     const auto status = descriptorStatus(fd_.get());
     return status ? status->size : 0;

@@ -4,6 +4,7 @@
 #include "CleanerCore/Scanning/Images/Luma.h"
 #include "CleanerCore/Scanning/Images/Orientation.h"
 #include "CleanerCore/Scanning/Images/VipsInput.h"
+#include "CleanerCore/Support/Abandonable.h"
 
 #include <algorithm>
 #include <array>
@@ -24,7 +25,7 @@ constexpr int64_t stripBytes = int64_t{1} << 20;
 struct Loader {
     ImageKind kind;
     decltype(VipsLibrary::pngLoad) VipsLibrary::* load;
-    bool isHeldWhole;
+    bool isHeldWhole; // and decoded in one call, which nothing can interrupt
 };
 
 constexpr std::array<Loader, 5> loaders{{
@@ -127,6 +128,15 @@ private:
     VipsInput input_;
 };
 
+std::optional<Thumbnail> decoded(const VipsLibrary& vips, const Loader& loader, const RegularFile& file,
+                                 const FS::CancelCheck& isCancelled) {
+    auto thumbnail = Decoding(vips, file, isCancelled).read(loader);
+    // The library keeps the messages of failures, and buffers for each thread, until told otherwise.
+    vips.errorClear();
+    vips.threadShutdown();
+    return thumbnail;
+}
+
 } // namespace
 
 std::optional<Thumbnail> vipsThumbnail(const RegularFile& file, ImageKind kind,
@@ -134,11 +144,13 @@ std::optional<Thumbnail> vipsThumbnail(const RegularFile& file, ImageKind kind,
     const VipsLibrary* vips = VipsLibrary::get();
     const auto* loader = std::ranges::find(loaders, kind, &Loader::kind);
     if (vips == nullptr || loader == loaders.end()) return std::nullopt;
-    auto thumbnail = Decoding(*vips, file, isCancelled).read(*loader);
-    // The library keeps the messages of failures, and buffers for each thread, until told otherwise.
-    vips->errorClear();
-    vips->threadShutdown();
-    return thumbnail;
+    if (!loader->isHeldWhole) return decoded(*vips, *loader, file, isCancelled);
+    auto own = file.duplicate();
+    if (!own) return std::nullopt;
+    const auto owned = std::make_shared<RegularFile>(std::move(*own));
+    return unlessCancelled<Thumbnail>(isCancelled, [=](const FS::CancelCheck& isAbandoned) {
+        return decoded(*vips, *loader, *owned, isAbandoned);
+    });
 }
 
 } // namespace loftmere

@@ -11,7 +11,9 @@ namespace loftmere {
 
 // The thumbnail of a picture of any kind but JPEG, through libvips. Absent when the data is damaged or cut
 // short, when the picture is larger than what is decoded (250 million pixels; 64 million where the format
-// must be held whole), and where libvips is missing.
+// must be held whole), when cancelled, and where libvips is missing. `isCancelled` is asked on the calling
+// thread; a cancel is felt at once, though a decoding that cannot be interrupted then goes on by itself for a
+// second or two.
 std::optional<Thumbnail> vipsThumbnail(const RegularFile& file, ImageKind kind,
                                        const FS::CancelCheck& isCancelled);
 

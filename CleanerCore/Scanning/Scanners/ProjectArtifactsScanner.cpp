@@ -2,6 +2,7 @@
 
 #include "CleanerCore/Files/FS.h"
 #include "CleanerCore/Removal/SafetyPolicy.h"
+#include "CleanerCore/Scanning/ListingAhead.h"
 #include "CleanerCore/Scanning/Scanners/PathFinding.h"
 #include "CleanerCore/Scanning/Scanners/ProjectArtifacts.h"
 #include "CleanerCore/Support/PathText.h"
@@ -58,34 +59,28 @@ public:
 
     std::vector<ScanItem> run() {
         for (std::string& root : ProjectArtifactsScanner::roots(context_)) {
-            pending_.push_back({std::move(root), 0});
+            pending_.push(std::move(root), 0);
         }
-        while (!pending_.empty() && !context_.isCancelled()) {
-            const Folder folder = std::move(pending_.back());
-            pending_.pop_back();
-            context_.report(category_, folder.path);
-            list(folder);
+        while (!context_.isCancelled()) {
+            const auto folder = pending_.pop();
+            if (!folder) break;
+            context_.report(category_, folder->path);
+            look(*folder);
         }
         return std::move(items_);
     }
 
 private:
-    struct Folder {
-        std::string path;
-        int depth;
-    };
-
-    void list(const Folder& folder) {
-        const Entries entries = FS::entries(folder.path);
+    void look(const ListingAhead::Folder& folder) {
         activity_.reset();
-        for (const DirectoryEntry& entry : entries) {
+        for (const DirectoryEntry& entry : folder.entries) {
             if (entry.type != FileType::directory) continue;
             if (artifactNames().contains(entry.name)) {
                 // Whatever bears such a name hides what lies below it, proved or not.
-                const Kind* kind = kindOf(folder.path, entry.name, entries);
+                const Kind* kind = kindOf(folder.path, entry.name, folder.entries);
                 if (kind != nullptr) handle(folder.path, joinPath(folder.path, entry.name), *kind);
             } else if (folder.depth <= deepestPushedFrom && !isNeverEntered(entry.name)) {
-                pending_.push_back({joinPath(folder.path, entry.name), folder.depth + 1});
+                pending_.push(joinPath(folder.path, entry.name), folder.depth + 1);
             }
         }
     }
@@ -120,7 +115,7 @@ private:
     const ScanContext& context_;
     CleanCategory category_;
     Date cutoff_;
-    std::vector<Folder> pending_;
+    ListingAhead pending_;
     std::unordered_set<std::string> handled_;
     std::optional<std::optional<Date>> activity_; // of the folder in hand, once it is known
     std::vector<ScanItem> items_;

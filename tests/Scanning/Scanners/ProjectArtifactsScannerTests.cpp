@@ -1,7 +1,11 @@
+#include "CleanerCore/Files/FS.h"
 #include "CleanerCore/Process/Shell.h"
+#include "CleanerCore/Scanning/ListingAhead.h"
 #include "CleanerCore/Scanning/Scanners/ProjectArtifactsScanner.h"
+#include "CleanerCore/Support/PathText.h"
 #include "tests/Support/ScannerFixtures.h"
 
+#include <fmt/format.h>
 #include <gmock/gmock.h>
 
 using namespace loftmere;
@@ -133,4 +137,32 @@ TEST(ProjectArtifacts, ActivityLooksAtTwoHundredEntriesOfAFolder) {
     }
     EXPECT_EQ(reached, 200);
     EXPECT_EQ(ProjectArtifactsScanner::projectActivity(home.at("missing"), {}), std::nullopt);
+}
+
+TEST(ListingAhead, KeepsTheOrderOfAWalkThatListsOneFolderAfterTheOther) {
+    const test::TemporaryHome home;
+    for (int i = 0; i < 400; ++i) home.file(fmt::format("{}/{}/{}/file", i % 7, i % 50, i), "");
+    std::vector<std::string> expected;
+    for (std::vector<std::string> pending{home.path()}; !pending.empty();) {
+        const std::string folder = std::move(pending.back());
+        pending.pop_back();
+        for (const DirectoryEntry& entry : FS::entries(folder)) {
+            expected.push_back(joinPath(folder, entry.name));
+            if (entry.type == FileType::directory) pending.push_back(expected.back());
+        }
+    }
+    std::vector<std::string> seen;
+    ListingAhead ahead;
+    ahead.push(home.path(), 0);
+    while (const auto folder = ahead.pop()) {
+        for (const DirectoryEntry& entry : folder->entries) {
+            seen.push_back(joinPath(folder->path, entry.name));
+            if (entry.type == FileType::directory) ahead.push(seen.back(), folder->depth + 1);
+        }
+    }
+    EXPECT_EQ(seen, expected);
+
+    ListingAhead abandoned; // in the middle of what it reads
+    for (const std::string& path : expected) abandoned.push(path, 0);
+    EXPECT_EQ(abandoned.pop()->path, expected.back());
 }
