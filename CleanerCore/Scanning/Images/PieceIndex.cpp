@@ -5,8 +5,8 @@
 #include <numeric>
 
 // Counting bits takes one instruction on all but the oldest of these processors, which the compiler must be
-// told to look for.
-#if defined(__x86_64__) && defined(__ELF__)
+// told to look for. ThreadSanitizer would crash in that look, which comes before its own start.
+#if defined(__x86_64__) && defined(__ELF__) && !__has_feature(thread_sanitizer)
 #define LOFTMERE_COUNTS_BITS __attribute__((target_clones("popcnt", "default")))
 #else
 #define LOFTMERE_COUNTS_BITS
