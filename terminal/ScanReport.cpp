@@ -2,11 +2,12 @@
 
 #include "CleanerCore/Support/ByteFormat.h"
 #include "CleanerCore/Support/ByteSum.h"
-#include "CleanerCore/Support/RecordCodec.h"
 #include "CleanerCore/Support/Text.h"
+#include "terminal/JsonOutput.h"
 #include "terminal/Rows.h"
 
 #include <fmt/format.h>
+#include <nlohmann/json.hpp>
 
 #include <algorithm>
 
@@ -124,20 +125,30 @@ void printScan(Session& session, const std::vector<CleanCategory>& categories,
     if (!results.empty()) printTotals(session, results, joined(cleanCommand, " "));
 }
 
-Json scanDocument(const AppModel& model, const std::vector<CleanCategory>& categories) {
-    Json results = Json::array();
-    Json selected = Json::array();
-    for (const CategoryResult* result : resultsOf(model, categories)) {
-        Json one{{"category", rawValue(result->category)},
-                 {"items", JsonCodec<std::vector<ScanItem>>::encode(result->items)},
-                 {"totalSize", result->totalSize()}};
-        if (result->error) one["error"] = *result->error;
-        results.push_back(std::move(one));
+void printScanJson(Session& session, const std::vector<CleanCategory>& categories) {
+    const auto found = resultsOf(session.model(), categories);
+    JsonOutput output(session.console());
+    output.beginObject();
+    output.beginArray("results");
+    for (const CategoryResult* result : found) {
+        output.beginObject();
+        output.value(rawValue(result->category), "category");
+        if (result->error) output.value(*result->error, "error");
+        output.beginArray("items");
+        for (const ScanItem& item : result->items) output.value(JsonCodec<ScanItem>::encode(item));
+        output.end();
+        output.value(result->totalSize(), "totalSize");
+        output.end();
+    }
+    output.end();
+    output.beginArray("selected");
+    for (const CategoryResult* result : found) {
         for (const ScanItem& item : result->items) {
-            if (model.selected->contains(item.id)) selected.push_back(item.id);
+            if (session.model().selected->contains(item.id)) output.value(item.id);
         }
     }
-    return {{"results", std::move(results)}, {"selected", std::move(selected)}};
+    output.end();
+    output.end();
 }
 
 } // namespace loftmere

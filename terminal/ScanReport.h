@@ -1,6 +1,5 @@
 #pragma once
 
-#include "CleanerCore/Support/Json.h"
 #include "terminal/Session.h"
 
 #include <vector>
@@ -16,6 +15,6 @@ void printScan(Session& session, const std::vector<CleanCategory>& categories,
 
 // {"results": [{"category", "items", "error"?, "totalSize"}...], "selected": [id...]}, in the order of the
 // engine.
-Json scanDocument(const AppModel& model, const std::vector<CleanCategory>& categories);
+void printScanJson(Session& session, const std::vector<CleanCategory>& categories);
 
 } // namespace loftmere

@@ -5,7 +5,6 @@
 #include "terminal/Verbs.h"
 
 #include <CLI/CLI.hpp>
-#include <nlohmann/json.hpp>
 
 namespace loftmere {
 
@@ -25,7 +24,7 @@ ExitStatus scan(Session& session, const ScanOptions& options) {
     (void)session.knowsSettings();
     const ExitStatus status = runScan(session, *categories);
     if (session.json())
-        session.print(scanDocument(session.model(), *categories));
+        printScanJson(session, *categories);
     else
         printScan(session, *categories, options.names, options.full);
     return status;

@@ -4,10 +4,10 @@
 #include "CleanerCore/Platform/User.h"
 #include "CleanerCore/Support/PathText.h"
 #include "CleanerCore/Support/Text.h"
+#include "terminal/JsonOutput.h"
 #include "terminal/StatusLine.h"
 
 #include <fmt/format.h>
-#include <nlohmann/json.hpp>
 
 namespace loftmere {
 
@@ -59,7 +59,7 @@ std::string Session::shown(const std::string& path) {
 }
 
 void Session::print(const Json& document) {
-    console_.printLine(printableJson(document.dump(2, ' ', false, Json::error_handler_t::replace)));
+    JsonOutput(console_).value(document);
 }
 
 } // namespace loftmere

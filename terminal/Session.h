@@ -33,7 +33,7 @@ public:
     // A path as people read it: printable, with "~" for the home folder.
     std::string shown(const std::string& path);
 
-    // Prints a JSON document that no terminal can be led astray by. Text that is not valid UTF-8 is repaired.
+    // Prints a JSON document as JsonOutput does.
     void print(const Json& document);
 
 private:

@@ -79,6 +79,7 @@ TEST(TerminalProgram, ScanGivesTheSameJsonWhereverTheFlagStands) {
     EXPECT_EQ(before.status, 0);
     EXPECT_EQ(before.err, "");
     const Json document = parseJson(before.out).value();
+    EXPECT_EQ(before.out, printableJson(document.dump(2)) + "\n");
     const Json& trash = document["results"][0];
     EXPECT_EQ(document["results"].size(), 1U);
     EXPECT_EQ(trash["category"], "trash");

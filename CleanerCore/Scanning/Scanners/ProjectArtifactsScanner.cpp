@@ -34,9 +34,11 @@ const Names& artifactNames() {
     return names;
 }
 
-bool isNeverEntered(const std::string& name) {
-    return std::ranges::find(ProjectArtifacts::neverDescend, name) != ProjectArtifacts::neverDescend.end() ||
-           pathExtension(name) == "app";
+// Whatever bears an artifact's name hides what lies below it, proved or not.
+bool isEntered(const DirectoryEntry& entry, int depth) {
+    const auto& never = ProjectArtifacts::neverDescend;
+    return depth <= deepestPushedFrom && !artifactNames().contains(entry.name) &&
+           std::ranges::find(never, entry.name) == never.end() && pathExtension(entry.name) != "app";
 }
 
 // The first kind of artifact that the folder `name` in `project` is proved to be, null when it is none.
@@ -55,14 +57,14 @@ const Kind* kindOf(const std::string& project, const std::string& name, const En
 class Walk {
 public:
     Walk(const ScanContext& context, CleanCategory category)
-        : context_(context), category_(category), cutoff_(context.daysAgo(context.config.staleProjectDays)) {}
+        : context_(context),
+          category_(category),
+          cutoff_(context.daysAgo(context.config.staleProjectDays)),
+          folders_(ProjectArtifactsScanner::roots(context), isEntered, context.isCancelled) {}
 
     std::vector<ScanItem> run() {
-        for (std::string& root : ProjectArtifactsScanner::roots(context_)) {
-            pending_.push(std::move(root), 0);
-        }
         while (!context_.isCancelled()) {
-            const auto folder = pending_.pop();
+            const auto folder = folders_.next();
             if (!folder) break;
             context_.report(category_, folder->path);
             look(*folder);
@@ -74,14 +76,9 @@ private:
     void look(const ListingAhead::Folder& folder) {
         activity_.reset();
         for (const DirectoryEntry& entry : folder.entries) {
-            if (entry.type != FileType::directory) continue;
-            if (artifactNames().contains(entry.name)) {
-                // Whatever bears such a name hides what lies below it, proved or not.
-                const Kind* kind = kindOf(folder.path, entry.name, folder.entries);
-                if (kind != nullptr) handle(folder.path, joinPath(folder.path, entry.name), *kind);
-            } else if (folder.depth <= deepestPushedFrom && !isNeverEntered(entry.name)) {
-                pending_.push(joinPath(folder.path, entry.name), folder.depth + 1);
-            }
+            if (entry.type != FileType::directory || !artifactNames().contains(entry.name)) continue;
+            const Kind* kind = kindOf(folder.path, entry.name, folder.entries);
+            if (kind != nullptr) handle(folder.path, joinPath(folder.path, entry.name), *kind);
         }
     }
 
@@ -115,7 +112,7 @@ private:
     const ScanContext& context_;
     CleanCategory category_;
     Date cutoff_;
-    ListingAhead pending_;
+    ListingAhead folders_;
     std::unordered_set<std::string> handled_;
     std::optional<std::optional<Date>> activity_; // of the folder in hand, once it is known
     std::vector<ScanItem> items_;
@@ -179,8 +176,8 @@ std::optional<Date> ProjectArtifactsScanner::projectActivity(const std::string& 
         if (excluding.contains(entry.name)) continue;
         const std::string path = joinPath(folder, entry.name);
         if (!newest.look(path)) return newest.date();
-        const bool isEntered = entry.type == FileType::directory && entry.name != ".git";
-        if (isEntered && !lookInto(path, newest)) return newest.date();
+        const bool isOpened = entry.type == FileType::directory && entry.name != ".git";
+        if (isOpened && !lookInto(path, newest)) return newest.date();
     }
     for (const char* file : {".git/index", ".git/HEAD", ".git/FETCH_HEAD"})
         newest.look(joinPath(folder, file));

@@ -8,6 +8,8 @@
 #include <fmt/format.h>
 #include <gmock/gmock.h>
 
+#include <atomic>
+
 using namespace loftmere;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -151,18 +153,21 @@ TEST(ListingAhead, KeepsTheOrderOfAWalkThatListsOneFolderAfterTheOther) {
             if (entry.type == FileType::directory) pending.push_back(expected.back());
         }
     }
+    const auto isWhole = [](const DirectoryEntry&, int) { return true; };
+    const auto goesOn = [] { return false; };
     std::vector<std::string> seen;
-    ListingAhead ahead;
-    ahead.push(home.path(), 0);
-    while (const auto folder = ahead.pop()) {
-        for (const DirectoryEntry& entry : folder->entries) {
+    ListingAhead ahead({home.path()}, isWhole, goesOn);
+    while (const auto folder = ahead.next()) {
+        for (const DirectoryEntry& entry : folder->entries)
             seen.push_back(joinPath(folder->path, entry.name));
-            if (entry.type == FileType::directory) ahead.push(seen.back(), folder->depth + 1);
-        }
     }
     EXPECT_EQ(seen, expected);
 
-    ListingAhead abandoned; // in the middle of what it reads
-    for (const std::string& path : expected) abandoned.push(path, 0);
-    EXPECT_EQ(abandoned.pop()->path, expected.back());
+    ListingAhead abandoned(expected, isWhole, goesOn); // in the middle of what is listed
+    EXPECT_EQ(abandoned.next()->path, expected.back());
+    std::atomic<int> left = 200;
+    ListingAhead cancelled(expected, isWhole, [&] { return --left < 0; });
+    size_t handedOut = 0;
+    while (cancelled.next()) ++handedOut;
+    EXPECT_LE(handedOut, 200U);
 }
