@@ -27,9 +27,10 @@ void fillTrash(const TemporaryHome& home) {
     home.file(".Trash/" + std::string(255, 'n'), std::string(9000, 'x'));
 }
 
-// Without colours and what the status line wrote and took away again.
+// Without colours; what the status line wrote and took away again stands on lines of its own.
 std::string withoutEscapes(const std::string& text) {
-    return std::regex_replace(text, std::regex("\x1B\\[[0-9;]*[A-Za-z]"), "");
+    const std::string apart = std::regex_replace(text, std::regex("\x1B\\[K"), "\n");
+    return std::regex_replace(apart, std::regex("\x1B\\[[0-9;]*[A-Za-z]"), "");
 }
 
 bool isShowable(const std::string& text) {
