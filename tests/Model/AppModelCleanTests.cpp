@@ -1,6 +1,5 @@
 #include "CleanerCore/Files/FS.h"
 #include "CleanerCore/Platform/FileLock.h"
-#include "CleanerCore/Removal/AuditLog.h"
 #include "tests/Support/ModelFixture.h"
 
 #include <gmock/gmock.h>
@@ -10,6 +9,7 @@ using namespace loftmere::test;
 using enum CleanCategory;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::StartsWith;
 
 namespace {
 
@@ -19,11 +19,10 @@ protected:
         const std::string path = home.file(relative, "x");
         return ScanItem::make({.target = PathTarget{path}, .size = 1000, .category = category});
     }
-    ScanItem command(std::vector<std::string> arguments) {
-        return ScanItem::make(
-            {.target = CommandTarget{{.executable = "sh", .arguments = std::move(arguments)}},
-             .size = 5,
-             .category = docker});
+    ScanItem command(const std::string& script) {
+        return ScanItem::make({.target = CommandTarget{{.executable = "sh", .arguments = {"-c", script}}},
+                               .size = 5,
+                               .category = docker});
     }
     // A model that has found these items and has them all ticked.
     std::unique_ptr<AppModel> modelWith(const std::vector<ScanItem>& items) {
@@ -43,7 +42,7 @@ protected:
 } // namespace
 
 TEST_F(ModelCleanTest, HandledItemsLeaveTheListsAndFailedOnesStay) {
-    const ScanItem broken = command({"-c", "echo broken >&2; exit 3"});
+    const ScanItem broken = command("echo broken >&2; exit 3");
     const ScanItem unticked = newFile("Downloads/unticked.pdf", oldDownloads);
     const auto model =
         modelWith({newFile("Library/Logs/old.log", logs), newFile("Downloads/book.pdf", oldDownloads),
@@ -79,9 +78,9 @@ TEST_F(ModelCleanTest, HandledItemsLeaveTheListsAndFailedOnesStay) {
 TEST_F(ModelCleanTest, ProgressIsAFractionAndTheLockIsTakenIfItCanBe) {
     const std::string go = home.at("go");
     const auto model = modelWith({});
-    const ScanItem waiting = command({"-c", "until [ -e '" + go + "' ]; do sleep 0.01; done"});
+    const ScanItem waiting = command("until [ -e '" + go + "' ]; do sleep 0.01; done");
     const auto run = model->clean({newFile("Library/Logs/a", logs), waiting}, ManualTrigger{});
-    main.runUntil([&] { return *model->cleanProgress == 0.5; });
+    runUntil([&] { return *model->cleanProgress == 0.5; });
     EXPECT_FALSE(FileLock::acquire(model->paths.lockFile()));
     home.file("go", "");
     EXPECT_EQ(finish(run).itemsProcessed, 2);
@@ -98,30 +97,20 @@ TEST_F(ModelCleanTest, ProgressIsAFractionAndTheLockIsTakenIfItCanBe) {
 
 TEST_F(ModelCleanTest, WhatWasQuarantinedComesBackOrIsGivenUp) {
     const auto model =
-        modelWith({newFile("Downloads/a.pdf", oldDownloads), newFile("Downloads/b.pdf", oldDownloads),
-                   newFile("Downloads/c.pdf", oldDownloads)});
+        modelWith({newFile("Downloads/a.pdf", oldDownloads), newFile("Downloads/b.pdf", oldDownloads)});
     finish(model->cleanSelected({oldDownloads}));
     const QuarantineSession session = model->sessions->at(0);
-
     EXPECT_THAT(model->restore(session, std::set<std::string>{"0-a.pdf"}).value(), IsEmpty());
     EXPECT_EQ(*model->toast, "Restored");
-    EXPECT_EQ(model->sessions->at(0).activeCount(), 2);
-
+    EXPECT_EQ(model->sessions->at(0).activeCount(), 1);
+    EXPECT_TRUE(exists("Downloads/a.pdf"));
     home.file("Downloads/b.pdf", "in the way");
-    const std::string why =
-        "Something already exists at " + home.at("Downloads/b.pdf") + ". Move it first, then restore.";
-    EXPECT_THAT(model->restore(session, std::nullopt).value(),
-                ElementsAre(CleanFailure{home.at("Downloads/b.pdf"), why}));
-    EXPECT_EQ(*model->toast, "1 item(s) couldn't be restored: " + why);
-    EXPECT_TRUE(exists("Downloads/a.pdf") && exists("Downloads/c.pdf"));
-
+    EXPECT_EQ(model->restore(session, std::nullopt).value().size(), 1U);
+    EXPECT_THAT(**model->toast, StartsWith("1 item(s) couldn't be restored: Something already exists at "));
     EXPECT_TRUE(model->purge(model->sessions->at(0)));
     EXPECT_THAT(*model->sessions, IsEmpty());
-    const AuditEntry& last = model->audit->at(0);
-    EXPECT_EQ(last.action, "purge");
-    EXPECT_EQ(last.target, session.id);
-    EXPECT_EQ(last.size, 1000);
-    EXPECT_TRUE(last.success);
+    EXPECT_EQ(model->audit->at(0).action, "purge");
+    EXPECT_EQ(model->audit->at(0).size, 1000);
 }
 
 TEST_F(ModelCleanTest, TheAdministratorQueueIsShownAndEmptied) {

@@ -1,18 +1,14 @@
 #include "CleanerCore/Platform/FileContent.h"
-#include "CleanerCore/Platform/FileLock.h"
 #include "CleanerCore/Platform/Removal.h"
-#include "CleanerCore/Support/PathText.h"
 #include "tests/Support/FaultRig.h"
+#include "tests/Support/FewDescriptors.h"
 #include "tests/Support/Mounted.h"
 #include "tests/Support/OrdinaryUser.h"
 #include "tests/Support/TemporaryHome.h"
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <sys/resource.h>
 
-#include <cstdlib>
 #include <filesystem>
 
 using namespace loftmere;
@@ -94,13 +90,8 @@ TEST(RemoveItem, TakesWideAndDeepTreesWithFewDescriptors) {
     for (int i = 0; i < 3000; ++i) home.file("tree/wide/" + std::to_string(i) + "/file", "");
     for (int i = 0; i < 40; ++i) makeChain(home.at("tree/deep/" + std::to_string(i)), 100);
     makeChain(home.at("tree/deepest"), 3000);
-    rlimit before{};
-    ::getrlimit(RLIMIT_NOFILE, &before);
-    const rlimit few{.rlim_cur = 128, .rlim_max = before.rlim_max};
-    ::setrlimit(RLIMIT_NOFILE, &few);
-    const Status done = removePath(home.at("tree"));
-    ::setrlimit(RLIMIT_NOFILE, &before);
-    EXPECT_EQ(told(done), "done");
+    const test::FewDescriptors limit(128);
+    EXPECT_EQ(told(removePath(home.at("tree"))), "done");
     EXPECT_FALSE(fs::exists(home.at("tree")));
 }
 
@@ -185,14 +176,4 @@ TEST(ReplaceFile, LeavesTheOldFileAndNothingElseOnFailure) {
             EXPECT_EQ(test::filesBelow(home.path()), done ? "file=new\n" : "file=old\n");
         }
     }
-}
-
-TEST(FileLock, IsHeldByOne) {
-    const TemporaryHome home;
-    auto first = FileLock::acquire(home.at("new/folder/agent.lock"));
-    ASSERT_TRUE(first);
-    EXPECT_FALSE(FileLock::acquire(home.at("new/folder/agent.lock")));
-    first->release();
-    EXPECT_TRUE(FileLock::acquire(home.at("new/folder/agent.lock")));
-    EXPECT_FALSE(FileLock::acquire(home.folder("taken")));
 }

@@ -1,6 +1,7 @@
 #include "CleanerCore/Process/Shell.h"
 #include "CleanerCore/Support/Concurrent.h"
-#include "tests/Support/ScriptedTools.h"
+#include "tests/Support/TemporaryHome.h"
+#include "tests/Support/Waiting.h"
 
 #include <gtest/gtest.h>
 #include <signal.h>
@@ -10,7 +11,6 @@
 #include <atomic>
 #include <chrono>
 #include <filesystem>
-#include <thread>
 
 namespace loftmere::test {
 
@@ -148,11 +148,7 @@ TEST(ShellTests, GivesUpOutputThatAGrandchildHolds) {
     EXPECT_EQ(result.err, "bash produced output that could not be read");
     EXPECT_GE(seconds, 5.0);
     EXPECT_LT(seconds, 5.3);
-    for (int i = 0; i < 500 && !(fs::exists(home.at("alive")) && openDescriptors() == before); ++i) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-    EXPECT_TRUE(fs::exists(home.at("alive")));
-    EXPECT_EQ(openDescriptors(), before);
+    EXPECT_TRUE(comesTrue([&] { return fs::exists(home.at("alive")) && openDescriptors() == before; }));
 
     const Shell::Result late = bash("echo lost; sleep 2 & wait", 0.1, {.obey = 0.5, .read = 0.1});
     EXPECT_EQ(late.status, -1);
@@ -182,21 +178,6 @@ TEST(ShellTests, RunsSideBySideWithoutLeaks) {
     ::signal(SIGPIPE, pipeHandler);
     ::pthread_sigmask(SIG_SETMASK, &former, nullptr);
     ::close(foreign);
-}
-
-TEST(ShellTests, ScriptedToolsStandBeforeTheSystems) {
-    {
-        ScriptedTools tools;
-        tools.addPrinting("ls", "a\n%s\\n", 4);
-        const Shell::Result result = Shell::run("ls", {"-l", "", "two words"}, 5);
-        EXPECT_EQ(result.status, 4);
-        EXPECT_EQ(result.out, "a\n%s\\n");
-        Shell::run("ls", {}, 5);
-        EXPECT_EQ(tools.calls("ls"), (std::vector<std::vector<std::string>>{{"-l", "", "two words"}, {}}));
-        tools.remove("ls");
-        EXPECT_EQ(Shell::run("ls", {}, 5).status, 127);
-    }
-    EXPECT_EQ(Shell::which("ls"), "/usr/bin/ls");
 }
 
 } // namespace loftmere::test

@@ -5,7 +5,6 @@
 
 #include <fmt/format.h>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <filesystem>
 
@@ -82,6 +81,24 @@ TEST(AdminQueueTests, RemovesInOneGoAndTellsTheOutcome) {
     EXPECT_TRUE(queue.flush(home.paths(), config).removed.empty());
     EXPECT_EQ(requests.size(), 1) << "what has vanished costs no prompt";
     EXPECT_TRUE(queue.pending().empty());
+}
+
+TEST(AdminQueueTests, TellsWhyAPathStillStands) {
+    const std::string start(159, 'x');
+    const struct {
+        std::string out, err, sentence;
+    } rows[] = {
+        {"", "execution error: User canceled. (-128)", "You cancelled the password prompt"},
+        {"User Cancelled", "in use", "You cancelled the password prompt"},
+        {"", "rm: x: Operation Not Permitted",
+         "macOS blocks this path (System Integrity Protection or Full Disk Access missing)"},
+        {"resource busy", "", "File is in use — quit the app and retry"},
+        {"", "Read-only file system", "Read-only volume"},
+        {"odd", "", "Still present after removal (/a/b)"},
+        {"", start + "é" + std::string(40, 'y'), start + "é"},
+    };
+    for (const auto& [out, err, sentence] : rows)
+        EXPECT_EQ(UninstallService::explain({.status = 1, .out = out, .err = err}, "/a/b"), sentence);
 }
 
 } // namespace loftmere::test

@@ -43,10 +43,7 @@ TEST(AuditLog, TellsTheNewestFirst) {
     EXPECT_FALSE(readFile(home.at(logFile)));
     log.append({entry("A", 1), entry("B", 2)});
     log.append({entry("\xff", 3), entry("C", 3)}); // the first cannot be written
-    const struct {
-        size_t limit;
-        const char* actions;
-    } cases[] = {{0, ""}, {1, "C"}, {2, "CB"}, {3, "CBA"}, {SIZE_MAX, "CBA"}};
+    const std::pair<size_t, const char*> cases[]{{0, ""}, {1, "C"}, {2, "CB"}, {3, "CBA"}, {SIZE_MAX, "CBA"}};
     for (const auto& [limit, actions] : cases) EXPECT_EQ(actionsOf(log.recent(limit)), actions);
     EXPECT_EQ(log.recent(1)[0], entry("C", 3));
     std::ofstream(home.at(logFile), std::ios::app) << "{garbage}\n\n\n";

@@ -4,10 +4,8 @@
 #include "tests/Support/ScriptedTools.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <chrono>
-#include <filesystem>
 
 using namespace loftmere;
 using testing::ElementsAre;
@@ -76,11 +74,9 @@ TEST(CloudEvictor, RootsAndTools) {
         const auto done = CloudEvictor::evict(path, home.paths());
         return done ? "done" : done.error().message;
     };
-    EXPECT_EQ(evict(home.at("Documents/a")), "Not inside iCloud Drive or a cloud storage folder");
-    EXPECT_EQ(evict(home.at("Library/CloudStorage/Link/a")),
-              "Not inside iCloud Drive or a cloud storage folder");
-    EXPECT_EQ(evict(home.at("Library/CloudStorage/DropboxOld")),
-              "Not inside iCloud Drive or a cloud storage folder");
+    for (const char* outside :
+         {"Documents/a", "Library/CloudStorage/Link/a", "Library/CloudStorage/DropboxOld"})
+        EXPECT_EQ(evict(home.at(outside)), "Not inside iCloud Drive or a cloud storage folder");
     tools.add("fileproviderctl", "exit 0");
     EXPECT_EQ(evict(dropbox), "done");
     EXPECT_THAT(tools.calls("fileproviderctl"), ElementsAre(ElementsAre("evict", dropbox)));

@@ -3,7 +3,6 @@
 #include "tests/Support/TemporaryHome.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <filesystem>

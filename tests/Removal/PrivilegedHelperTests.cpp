@@ -8,7 +8,6 @@
 #include "tests/Support/Waiting.h"
 
 #include <fcntl.h>
-#include <fmt/format.h>
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <unistd.h>

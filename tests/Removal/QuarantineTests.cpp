@@ -6,7 +6,6 @@
 #include "tests/Support/TemporaryHome.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
 #include <filesystem>

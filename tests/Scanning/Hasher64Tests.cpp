@@ -7,7 +7,7 @@
 
 using namespace loftmere;
 
-TEST(Hasher64, DigestsTheFileOrItsBeginning) {
+TEST(Hasher64, DigestsRegularFilesOrTheirBeginning) {
     const test::TemporaryHome home;
     EXPECT_EQ(Hasher64::hash(home.file("abc", "abc")),
               "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");
@@ -21,13 +21,9 @@ TEST(Hasher64, DigestsTheFileOrItsBeginning) {
         EXPECT_EQ(Hasher64::hash(path, limit), expected.finish()) << limit;
     }
     EXPECT_EQ(Hasher64::hash(path), Hasher64::hash(home.link("link", path), int64_t(content.size())));
-}
 
-TEST(Hasher64, RefusesWhatIsNoReadableFile) {
-    const test::TemporaryHome home;
     ASSERT_EQ(::mkfifo(home.at("fifo").c_str(), 0600), 0);
-    for (const std::string& path :
-         {home.at("missing"), home.at("fifo"), home.path(), std::string("/dev/null")}) {
-        EXPECT_EQ(Hasher64::hash(path), std::nullopt) << path;
-    }
+    for (const std::string& refused :
+         {home.at("missing"), home.at("fifo"), home.path(), std::string("/dev/null")})
+        EXPECT_EQ(Hasher64::hash(refused), std::nullopt) << refused;
 }

@@ -7,7 +7,6 @@
 
 #include <atomic>
 #include <filesystem>
-#include <mutex>
 #include <set>
 
 using namespace loftmere;
@@ -15,31 +14,20 @@ using test::photoContent;
 
 namespace {
 
-struct Scan {
-    std::function<bool()> isCancelled = [] { return false; };
-    std::mutex lock;
-    std::set<std::string> reported;
+using Names = std::set<std::string>;
 
-    std::vector<ScanItem> run(const test::TemporaryHome& home) {
-        ScanContext context = test::scanContext(home);
-        context.isCancelled = isCancelled;
-        context.report = [&](CleanCategory category, const std::string& text) {
-            EXPECT_EQ(category, CleanCategory::similarPhotos);
-            const std::lock_guard guard(lock);
-            reported.insert(text);
-        };
-        return SimilarPhotosScanner().scan(context).value();
-    }
-};
-
-// The names of the files proposed.
-std::set<std::string> proposed(const test::TemporaryHome& home) {
-    std::set<std::string> titles;
-    for (const ScanItem& item : Scan().run(home)) titles.insert(item.title);
-    return titles;
+std::vector<ScanItem> scan(const test::TemporaryHome& home, std::function<bool()> isCancelled) {
+    ScanContext context = test::scanContext(home);
+    context.isCancelled = std::move(isCancelled);
+    return SimilarPhotosScanner().scan(context).value();
 }
 
-using Names = std::set<std::string>;
+// The names of the files proposed.
+Names proposed(const test::TemporaryHome& home) {
+    Names names;
+    for (const ScanItem& item : scan(home, [] { return false; })) names.insert(item.title);
+    return names;
+}
 
 } // namespace
 
@@ -48,8 +36,7 @@ TEST(PhotosScanner, KeepsTheOneWithMostPixelsThenMostBytes) {
     const std::string small = home.file("Pictures/trip/IMG_1.JPG", photoContent("half.jpg"));
     home.file("Desktop/large.jpeg", photoContent("photo.jpg"));
     home.file("Downloads/other.jpg", photoContent("other.jpg"));
-    Scan scan;
-    const auto items = scan.run(home);
+    const auto items = SimilarPhotosScanner().scan(test::scanContext(home)).value();
     ASSERT_EQ(items.size(), 1U);
     EXPECT_EQ(items[0], ScanItem::make({.title = "IMG_1.JPG",
                                         .target = PathTarget{small},
@@ -58,8 +45,6 @@ TEST(PhotosScanner, KeepsTheOneWithMostPixelsThenMostBytes) {
                                         .risk = Risk::review,
                                         .reason = "Looks like large.jpeg (kept: higher quality)",
                                         .lastUsed = FS::lastUsedDate(small)}));
-    EXPECT_TRUE(scan.reported.contains(small));
-    EXPECT_TRUE(scan.reported.contains(home.at("Pictures/trip")));
 
     // As many pixels in more bytes: what stands behind the end of a picture counts for nothing else.
     home.file("Documents/larger.jpg", photoContent("photo.jpg") + std::string(65536, ' '));
@@ -106,14 +91,11 @@ TEST(PhotosScanner, CancelledGivesNothing) {
     const test::TemporaryHome home;
     for (int i = 0; i < 8; ++i) home.file("Pictures/" + std::to_string(i) + ".jpg", photoContent("half.jpg"));
     std::atomic<int> asked = 0;
-    Scan whole;
-    whole.isCancelled = [&] { return ++asked < 0; };
-    EXPECT_EQ(whole.run(home).size(), 7U);
+    EXPECT_EQ(scan(home, [&] { return ++asked < 0; }).size(), 7U);
     const int times = asked;
     for (const int limit : {0, 3, 9, times / 2, times - 1}) {
         asked = 0;
-        Scan scan;
-        scan.isCancelled = [&] { return ++asked > limit; };
-        EXPECT_TRUE(scan.run(home).empty()) << "cancelled after " << limit << " of " << times;
+        EXPECT_TRUE(scan(home, [&] { return ++asked > limit; }).empty())
+            << "cancelled after " << limit << " of " << times;
     }
 }

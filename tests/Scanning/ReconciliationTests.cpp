@@ -2,7 +2,6 @@
 #include "CleanerCore/Scanning/ScanEngine.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 using namespace loftmere;
 using testing::ElementsAre;

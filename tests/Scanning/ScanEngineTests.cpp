@@ -1,48 +1,30 @@
 #include "CleanerCore/Scanning/ScanEngine.h"
-#include "CleanerCore/Scanning/Throttle.h"
-#include "tests/Support/ScannerFixtures.h"
+#include "tests/Support/ScriptedScanner.h"
+#include "tests/Support/TemporaryHome.h"
+#include "tests/Support/Waiting.h"
 
 #include <gmock/gmock.h>
 
 #include <atomic>
+#include <mutex>
 #include <thread>
 
 using namespace loftmere;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using enum CleanCategory;
 
-namespace {
-
-// A scanner that does what the test says.
-class TestScanner : public JunkScanner {
-public:
-    using Body = std::function<Result<std::vector<ScanItem>>(const ScanContext&)>;
-    TestScanner(CleanCategory category, Body body) : category_(category), body_(std::move(body)) {}
-    CleanCategory category() const override { return category_; }
-    Result<std::vector<ScanItem>> scan(const ScanContext& context) const override { return body_(context); }
-
-private:
-    CleanCategory category_;
-    Body body_;
-};
-
-Result<std::vector<ScanItem>> oneLog(const ScanContext& context) {
-    return std::vector{ScanItem::make({.target = PathTarget{context.lib("Logs/a")},
-                                       .size = 1,
-                                       .category = CleanCategory::logs,
-                                       .reason = "old"})};
-}
-
-} // namespace
+using Findings = Result<std::vector<ScanItem>>;
 
 TEST(ScanEngine, AFailureCostsOnlyItsCategory) {
     const test::TemporaryHome home;
-    ScannerRegistry::Scanners scanners;
-    scanners.push_back(std::make_unique<TestScanner>(
-        CleanCategory::trash, [](auto&) { return failed(Failure::saying("The disk has gone")); }));
-    scanners.push_back(std::make_unique<TestScanner>(
-        CleanCategory::docker, [](auto&) -> Result<std::vector<ScanItem>> { throw std::bad_alloc(); }));
-    scanners.push_back(std::make_unique<TestScanner>(CleanCategory::logs, oneLog));
+    const auto oneLog = [](const ScanContext& context) -> Findings {
+        return std::vector{ScanItem::make({.target = PathTarget{context.lib("Logs/a")}, .category = logs})};
+    };
+    const auto scanners =
+        test::scripted({{trash, [](auto&) { return failed(Failure::saying("The disk has gone")); }},
+                        {docker, [](auto&) -> Findings { throw std::bad_alloc(); }},
+                        {logs, oneLog}})({trash, docker, logs});
     std::mutex lock;
     std::set<CleanCategory> finished;
     const auto results = ScanEngine(home.paths(), {}).scan(scanners, nullptr, [&](CleanCategory category) {
@@ -55,17 +37,7 @@ TEST(ScanEngine, AFailureCostsOnlyItsCategory) {
     EXPECT_THAT(results[1].items, IsEmpty());
     EXPECT_EQ(results[1].error, "The disk has gone");
     EXPECT_EQ(results[2].error, "There was not enough memory");
-    EXPECT_THAT(finished, ElementsAre(CleanCategory::logs, CleanCategory::trash, CleanCategory::docker));
-}
-
-TEST(ScanEngine, NoScannerNoResult) {
-    const test::TemporaryHome home;
-    const ScanEngine engine(home.paths(), {});
-    EXPECT_THAT(engine.scan(std::set<CleanCategory>{}), IsEmpty());
-    EXPECT_THAT(engine.scan({CleanCategory::appBundle, CleanCategory::appLeftovers}), IsEmpty());
-    const auto empty = engine.scan({CleanCategory::trash, CleanCategory::appBundle});
-    ASSERT_EQ(empty.size(), 1U);
-    EXPECT_EQ(empty[0], CategoryResult{.category = CleanCategory::trash});
+    EXPECT_THAT(finished, ElementsAre(logs, trash, docker));
 }
 
 TEST(ScanEngine, ScannersRunSideBySide) {
@@ -73,31 +45,24 @@ TEST(ScanEngine, ScannersRunSideBySide) {
     const test::TemporaryHome home;
     std::atomic<int> arrived = 0;
     std::atomic<int> met = 0;
-    const auto meet = [&](const ScanContext&) -> Result<std::vector<ScanItem>> {
+    const auto meet = [&](const ScanContext&) -> Findings {
         ++arrived;
-        for (int i = 0; i < 5000 && arrived < 2; ++i) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        }
-        met += arrived == 2 ? 1 : 0;
+        met += test::comesTrue([&] { return arrived == 2; }) ? 1 : 0;
         return std::vector<ScanItem>{};
     };
-    ScannerRegistry::Scanners scanners;
-    scanners.push_back(std::make_unique<TestScanner>(CleanCategory::trash, meet));
-    scanners.push_back(std::make_unique<TestScanner>(CleanCategory::logs, meet));
+    const auto scanners = test::scripted({{trash, meet}, {logs, meet}})({trash, logs});
     ScanEngine(home.paths(), {}).scan(scanners);
     EXPECT_EQ(met, 2);
 }
 
 TEST(ScanEngine, StatusIsThinnedOverAllScannersTogether) {
     const test::TemporaryHome home;
-    const auto chatter = [](const ScanContext& context) -> Result<std::vector<ScanItem>> {
+    const auto chatter = [](const ScanContext& context) -> Findings {
         const Date end = addSeconds(currentDate(), 0.25);
-        while (currentDate() < end) context.report(CleanCategory::logs, "/some/path");
+        while (currentDate() < end) context.report(logs, "/some/path");
         return std::vector<ScanItem>{};
     };
-    ScannerRegistry::Scanners scanners;
-    scanners.push_back(std::make_unique<TestScanner>(CleanCategory::trash, chatter));
-    scanners.push_back(std::make_unique<TestScanner>(CleanCategory::logs, chatter));
+    const auto scanners = test::scripted({{trash, chatter}, {logs, chatter}})({trash, logs});
     std::mutex lock;
     std::vector<Date> told;
     ScanEngine(home.paths(), {}).scan(scanners, nullptr, nullptr, [&](CleanCategory, const std::string&) {
@@ -107,12 +72,4 @@ TEST(ScanEngine, StatusIsThinnedOverAllScannersTogether) {
     ASSERT_GE(told.size(), 2U);
     // Only whole intervals of the run can have let one through, beside the first.
     EXPECT_LE(static_cast<double>(told.size()), 2.0 + secondsBetween(told.front(), told.back()) / 0.09);
-}
-
-TEST(ScannerRegistry, OneScannerACategoryAndTheOrderIsKept) {
-    std::set<CleanCategory> seen;
-    for (const auto& scanner : ScannerRegistry::all()) EXPECT_TRUE(seen.insert(scanner->category()).second);
-    const auto some = ScannerRegistry::scanners({CleanCategory::mailDownloads, CleanCategory::logs});
-    ASSERT_EQ(some.size(), 2U);
-    EXPECT_EQ(some[0]->category(), CleanCategory::logs);
 }

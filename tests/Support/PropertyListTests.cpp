@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 using namespace loftmere;
+using namespace std::string_literals;
 
 namespace {
 
@@ -35,6 +36,10 @@ std::string binary(const std::vector<std::string>& objects) {
     const uint64_t table = text.size();
     return text + offsets + std::string(6, '\0') + "\x04\x01" + number(objects.size()) + number(0) +
            number(table);
+}
+
+std::string ascii(const std::string& text) {
+    return static_cast<char>(0x50 | text.size()) + text;
 }
 
 // An array of `count` references to object `index`.
@@ -85,16 +90,8 @@ TEST(PropertyList, HostileInputIsRefused) {
     EXPECT_TRUE(PropertyList::parse(binary({arrayOf(2, 1), "\x08"})));
     EXPECT_FALSE(PropertyList::parse(binary({arrayOf(1, 1), arrayOf(1, 0)}))) << "a cycle";
     EXPECT_FALSE(PropertyList::parse(binary({arrayOf(1, 7)}))) << "no such object";
-    EXPECT_TRUE(PropertyList::parse(binary({std::string("\xD1\x01\x02"),
-                                            "\x52"
-                                            "ab",
-                                            "\x08"})));
-    EXPECT_FALSE(PropertyList::parse(binary({"\xD1\x01\x02",
-                                             std::string("\x52"
-                                                         "a\0",
-                                                         3),
-                                             "\x08"})))
-        << "a NUL in a key";
+    EXPECT_TRUE(PropertyList::parse(binary({"\xD1\x01\x02", ascii("ab"), "\x08"})));
+    EXPECT_FALSE(PropertyList::parse(binary({"\xD1\x01\x02", ascii("a\0"s), "\x08"}))) << "a NUL in a key";
     EXPECT_FALSE(PropertyList::parse("<plist><dict><key>a&#x0;b</key><true/></dict></plist>"));
     std::vector<std::string> doubling;
     for (int i = 1; i <= 60; ++i) doubling.push_back(arrayOf(14, i));

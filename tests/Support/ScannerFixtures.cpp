@@ -54,7 +54,9 @@ const ScannerFixture fixtures[] = {
      "Desktop/Editor.mpkg"},
     {largeOldFiles, {{"Films/holiday.mov", 1 << 20}, {"Films/Raw/holiday.mov", 2 << 20}}},
     {duplicates, {{"Documents/plan.bin", 600000}, {"Music/plan copy.bin", 600000}}},
-    {similarPhotos, {{"Pictures/Trip/large.jpg", 0, "photo.jpg"}, {"Pictures/small.jpg", 0, "half.jpg"}}},
+    {similarPhotos,
+     {{"Pictures/Trip/large.jpg", 0, "photo.jpg"}, {"Pictures/small.jpg", 0, "half.jpg"},
+      {"Pictures/slow.jpg", 0, "progressive.jpg"}, {"Pictures/phone.heic", 0, "photo.heic"}, {"Pictures/web.png", 0, "color.png"}}},
     {cloudLocalCopies, {{"Library/Mobile Documents/com~apple~CloudDocs/film.mov", 26 << 20}}},
 };
 // clang-format on
@@ -106,6 +108,10 @@ std::vector<std::string> titlesOf(const std::vector<ScanItem>& items) {
     for (const ScanItem& item : items) titles.push_back(item.title);
     std::ranges::sort(titles);
     return titles;
+}
+
+std::vector<std::string> found(const JunkScanner& scanner, const ScanContext& context) {
+    return titlesOf(scanner.scan(context).value());
 }
 
 } // namespace loftmere::test

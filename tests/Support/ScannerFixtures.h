@@ -2,6 +2,7 @@
 
 #include "CleanerCore/Records/CleanCategory.h"
 #include "CleanerCore/Records/ScanItem.h"
+#include "CleanerCore/Scanning/JunkScanner.h"
 #include "CleanerCore/Scanning/ScanContext.h"
 #include "tests/Support/TemporaryHome.h"
 
@@ -44,7 +45,8 @@ std::vector<std::string> everythingBelow(const TemporaryHome& home);
 // A scan of the home as of now, never cancelled, under settings that let small fixtures count.
 ScanContext scanContext(const TemporaryHome& home, AppConfig config = {.largeFileMinMB = 1});
 
-// The titles, sorted, so that a test can list what it expects.
+// The titles, sorted, so that a test can list what it expects: of items, or of what a scan finds.
 std::vector<std::string> titlesOf(const std::vector<ScanItem>& items);
+std::vector<std::string> found(const JunkScanner& scanner, const ScanContext& context);
 
 } // namespace loftmere::test

@@ -1,7 +1,6 @@
 #include "tests/Support/ScriptedTools.h"
 
 #include "CleanerCore/Process/Shell.h"
-#include "CleanerCore/Support/Text.h"
 
 #include <fmt/format.h>
 

@@ -17,8 +17,7 @@ public:
     ScriptedTools(const ScriptedTools&) = delete;
     ScriptedTools& operator=(const ScriptedTools&) = delete;
 
-    // Makes or replaces a tool; answers its path. In the body "$@" are the arguments and "$HERE" is a folder
-    // that the scripts of this object may keep their own files in.
+    // Makes or replaces a tool; answers its path. In the body "$@" are the arguments.
     std::string add(const std::string& name, std::string_view body = "exit 0");
 
     // A tool that prints a text as it stands and ends with a status.
@@ -29,9 +28,6 @@ public:
 
     // The arguments of each call so far, in the order of the calls.
     std::vector<std::vector<std::string>> calls(const std::string& name) const;
-
-    // What the scripts know as "$HERE".
-    const std::string& folder() const { return place_.path(); }
 
 private:
     TemporaryHome place_;

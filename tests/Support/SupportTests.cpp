@@ -1,39 +1,31 @@
+#include "CleanerCore/Platform/User.h"
 #include "CleanerCore/Support/Abandonable.h"
 #include "CleanerCore/Support/ByteFormat.h"
 #include "CleanerCore/Support/Concurrent.h"
-#include "CleanerCore/Support/Date.h"
+#include "CleanerCore/Support/DateText.h"
+#include "CleanerCore/Support/NumericOrder.h"
 #include "CleanerCore/Support/PathText.h"
-#include "CleanerCore/Support/Sha256.h"
 #include "CleanerCore/Support/Text.h"
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <atomic>
+#include <cstdlib>
 #include <limits>
-#include <string>
 #include <thread>
 
 using namespace loftmere;
 
 TEST(ByteFormat, RoundsAsTheFileCountStyleDoes) {
-    const std::vector<std::pair<int64_t, std::string>> cases{
-        {0, "Zero KB"},
-        {1, "1 byte"},
-        {999, "999 bytes"},
-        {1000, "1 KB"},
-        {12'345, "12 KB"},
-        {999'499, "999 KB"},
-        {999'500, "1 MB"},
-        {1'500'000, "1.5 MB"},
-        {1'960'000, "2 MB"},
-        {999'950'000, "1 GB"},
-        {1'250'000'000, "1.25 GB"},
-        {1'200'000'000, "1.2 GB"},
-        {3'000'000'000'000, "3 TB"},
-        {-1500, "-2 KB"},
-        {std::numeric_limits<int64_t>::max(), "9.22 EB"},
-    };
-    for (const auto& [bytes, text] : cases) EXPECT_EQ(ByteFormat::string(bytes), text) << bytes;
+    using Case = std::pair<int64_t, const char*>;
+    for (const auto& [bytes, text] :
+         {Case{0, "Zero KB"}, Case{1, "1 byte"}, Case{999, "999 bytes"}, Case{1000, "1 KB"},
+          Case{12'345, "12 KB"}, Case{999'499, "999 KB"}, Case{999'500, "1 MB"}, Case{1'500'000, "1.5 MB"},
+          Case{1'960'000, "2 MB"}, Case{999'950'000, "1 GB"}, Case{1'250'000'000, "1.25 GB"},
+          Case{1'200'000'000, "1.2 GB"}, Case{3'000'000'000'000, "3 TB"}, Case{-1500, "-2 KB"},
+          Case{std::numeric_limits<int64_t>::max(), "9.22 EB"}})
+        EXPECT_EQ(ByteFormat::string(bytes), text) << bytes;
 }
 
 TEST(Date, ISO8601IsStrictAndWhole) {
@@ -55,6 +47,37 @@ TEST(Date, SaturatesInsteadOfOverflowing) {
     EXPECT_EQ(addSeconds(currentDate(), 1e30), distantFuture);
     EXPECT_EQ(dateFrom({.tv_sec = std::numeric_limits<time_t>::max(), .tv_nsec = 0}), distantFuture);
     EXPECT_GT(secondsBetween(distantPast, distantFuture), 1e10);
+}
+
+TEST(DateText, FollowsTheUsersLocale) {
+    ::setenv("TZ", "UTC", 1);
+    const Date date = *fromISO8601("2026-03-01T09:30:00Z");
+    EXPECT_EQ(DateText::medium(date, "en_US"), "Mar 1, 2026");
+    EXPECT_EQ(DateText::medium(date, "de_DE"), "01.03.2026");
+    EXPECT_FALSE(DateText::medium(distantFuture, "xx_nonsense").empty());
+
+    using Case = std::array<const char*, 4>;
+    for (const auto& [all, times, lang, expected] :
+         {Case{"", "", "de_DE.UTF-8", "de_DE"}, Case{"", "fr_FR@euro", "de_DE", "fr_FR"},
+          Case{"C.UTF-8", "fr_FR", "de_DE", "en_US"}, Case{"", "", "", "en_US"},
+          Case{"POSIX", "", "", "en_US"}}) {
+        ::setenv("LC_ALL", all, 1);
+        ::setenv("LC_TIME", times, 1);
+        ::setenv("LANG", lang, 1);
+        EXPECT_EQ(userLocale(), expected);
+    }
+    ::setenv("LC_ALL", "C", 1);
+}
+
+TEST(NumericOrder, DigitsByValueTheRestByCharacter) {
+    const char* ascending[] = {
+        "",  "9.3", "16.4 (20E247)", "16.4.1", "16.10", "99999999999999999999", "100000000000000000000",
+        "a", "a1",  "a2b",           "a10",    "b"};
+    for (size_t i = 0; i + 1 < std::size(ascending); ++i) {
+        EXPECT_TRUE(compareNumerically(ascending[i], ascending[i + 1]) < 0) << ascending[i];
+        EXPECT_TRUE(compareNumerically(ascending[i + 1], ascending[i]) > 0) << ascending[i];
+    }
+    EXPECT_TRUE(compareNumerically("x017.0", "x17.00") == 0);
 }
 
 TEST(PathText, TakesPathsApart) {
@@ -83,12 +106,6 @@ TEST(Text, NothingFromOutsideReachesATerminalRaw) {
     EXPECT_FALSE(isValidUTF8("\xf5\x80\x80\x80"));
     EXPECT_FALSE(isValidUTF8("cut \xe2\x82"));
     EXPECT_EQ(repairedUTF8("cut \xe2\x82"), "cut \xEF\xBF\xBD");
-}
-
-TEST(Sha256, KnownDigest) {
-    Sha256 hash;
-    hash.update(std::as_bytes(std::span("abc", 3)));
-    EXPECT_EQ(hash.finish(), "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");
 }
 
 TEST(Abandonable, LeavesWorkThatIsNotWaitedForToItself) {

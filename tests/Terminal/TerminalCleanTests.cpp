@@ -1,5 +1,4 @@
 #include "CleanerCore/Files/FS.h"
-#include "CleanerCore/Records/CleanReport.h"
 #include "CleanerCore/Removal/Quarantine.h"
 #include "CleanerCore/Support/Json.h"
 #include "CleanerCore/Support/Text.h"
@@ -12,7 +11,6 @@
 using namespace loftmere;
 using namespace loftmere::test;
 using testing::HasSubstr;
-using testing::Not;
 
 namespace {
 
@@ -27,8 +25,8 @@ protected:
         home.file("Downloads/manual.pdf", "x");
         home.setAgeDays("Downloads/manual.pdf", 400);
     }
-    TerminalResult run(const std::vector<std::string>& arguments) {
-        return runTerminal({.home = home.path()}, arguments);
+    Shell::Result run(const std::vector<std::string>& arguments) {
+        return runTerminal(home.path(), arguments);
     }
     Json json(std::vector<std::string> arguments) {
         arguments.emplace_back("--json");
@@ -46,18 +44,15 @@ protected:
 } // namespace
 
 TEST_F(TerminalClean, ChangesNothingUnlessToldTo) {
-    struct Case {
-        std::vector<std::string> arguments;
-        int status;
-    };
-    for (const Case& c :
-         {Case{{"clean"}, 2}, Case{{"clean", "--json", "--all"}, 2}, Case{{"clean", "bogus", "--yes"}, 2},
-          Case{{"clean", "--all", "--select", "x", "--yes"}, 2}, Case{{"clean", "--dry-run"}, 0},
-          Case{{"clean", "--all", "--dry-run", "--yes"}, 0}}) {
-        SCOPED_TRACE(testing::PrintToString(c.arguments));
-        EXPECT_EQ(run(c.arguments).status, c.status);
-        EXPECT_TRUE(allStands());
-    }
+    const std::vector<std::string> refused[]{{"clean"},
+                                             {"clean", "--json", "--all"},
+                                             {"clean", "bogus", "--yes"},
+                                             {"clean", "--all", "--select", "x", "--yes"}};
+    for (const auto& arguments : refused)
+        EXPECT_EQ(run(arguments).status, 2) << testing::PrintToString(arguments);
+    EXPECT_EQ(run({"clean", "--dry-run"}).status, 0);
+    EXPECT_EQ(run({"clean", "--all", "--dry-run", "--yes"}).status, 0);
+    EXPECT_TRUE(allStands());
     home.file("Library/Application Support/Ostrel Loftmere/config.json", "{\"protectedPaths\": [");
     const auto blind = run({"clean", "--all", "--yes"});
     EXPECT_EQ(blind.status, 1);
@@ -81,6 +76,7 @@ TEST_F(TerminalClean, PreviewTellsOfEachItemWhatTheCleanThenDoes) {
     EXPECT_EQ(planned["freedBytes"], report["freedBytes"]);
     EXPECT_EQ(planned["quarantinedBytes"], report["quarantinedBytes"]);
     EXPECT_EQ(planned["itemsProcessed"], 0);
+    EXPECT_FALSE(planned.contains("quarantineSessionID"));
     EXPECT_EQ(report["itemsProcessed"], 3);
     EXPECT_EQ(report["quarantineSessionID"], Quarantine(home.paths()).sessions().at(0).id);
     EXPECT_FALSE(stands("Library/Caches/com.example") || stands(".Trash/thrown.txt") || stands(download));
@@ -103,25 +99,20 @@ TEST_F(TerminalClean, ActsOnWhatIsTickedOrOnTheIdsThatWereChosen) {
 }
 
 TEST_F(TerminalClean, AsksAPersonAndTakesNoForAnAnswer) {
-    TerminalScreen no({.home = home.path()}, {"clean", "trash", "--all"}, 80);
-    EXPECT_THAT(no.waitFor("[y/N] "), HasSubstr("Clean 1 item ("));
-    no.type("\n");
-    EXPECT_EQ(no.finish().status, 0);
-    EXPECT_TRUE(stands(".Trash/thrown.txt"));
-
-    TerminalScreen interrupted({.home = home.path()}, {"clean", "trash", "--all"}, 80);
-    interrupted.waitFor("[y/N] ");
-    interrupted.type("\x03");
-    EXPECT_EQ(interrupted.finish().status, 130);
-    EXPECT_TRUE(stands(".Trash/thrown.txt"));
-
-    TerminalScreen yes({.home = home.path()}, {"clean", "trash", "--all"}, 80);
-    yes.waitFor("[y/N] ");
-    yes.type("y\n");
-    const auto done = yes.finish();
-    EXPECT_EQ(done.status, 0);
-    EXPECT_THAT(done.out, HasSubstr("Freed "));
-    EXPECT_FALSE(stands(".Trash/thrown.txt"));
+    const struct {
+        const char* typed;
+        int status;
+        bool stays;
+    } answers[]{{"\n", 0, true}, {"\x03", 130, true}, {"y\n", 0, false}};
+    for (const auto& [typed, status, stays] : answers) {
+        TerminalScreen screen(home.path(), {"clean", "trash", "--all"}, 80);
+        EXPECT_THAT(screen.waitFor("[y/N] "), HasSubstr("Clean 1 item ("));
+        screen.type(typed);
+        const auto done = screen.finish();
+        EXPECT_EQ(done.status, status);
+        EXPECT_EQ(done.out.contains("Freed "), !stays);
+        EXPECT_EQ(stands(".Trash/thrown.txt"), stays);
+    }
 }
 
 TEST_F(TerminalClean, UndoBringsBackAndSessionsHistoryAndPurgeTellTheTruth) {
@@ -157,6 +148,7 @@ TEST_F(TerminalClean, UndoBringsBackAndSessionsHistoryAndPurgeTellTheTruth) {
     const Json history = json({"history", "--limit", "2"});
     ASSERT_EQ(history.size(), 2U);
     EXPECT_EQ(history[0]["action"], "purge");
+    EXPECT_EQ(history[0]["target"], id);
     EXPECT_EQ(history[1]["action"], "restore");
     EXPECT_EQ(history[1]["success"], false);
     EXPECT_THAT(run({"history"}).out, HasSubstr("not done: 1 item(s) could not be restored"));

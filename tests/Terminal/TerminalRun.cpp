@@ -1,18 +1,18 @@
 #include "tests/Terminal/TerminalRun.h"
 
-#include "CleanerCore/Process/Shell.h"
-
-#include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
-#include <stdlib.h>
-#include <sys/ioctl.h>
 #include <sys/wait.h>
-#include <termios.h>
 #include <unistd.h>
+#if __has_include(<pty.h>)
+#include <pty.h>
+#else
+#include <util.h>
+#endif
 
 #include <csignal>
 #include <string_view>
+#include <utility>
 
 namespace loftmere::test {
 
@@ -22,16 +22,15 @@ constexpr int patienceSeconds = 60;
 constexpr const char* env = "/usr/bin/env";
 
 // What env is to be given: an environment, the program and its arguments.
-std::vector<std::string> wordsFor(const TerminalOptions& options, const std::vector<std::string>& arguments) {
-    std::vector<std::string> words{"-i", "HOME=" + options.home, "PATH=/usr/bin:/bin", "LANG=C.UTF-8",
-                                   "TERM=xterm-256color"};
-    words.insert(words.end(), options.environment.begin(), options.environment.end());
+Words wordsFor(const std::string& home, const Words& arguments, const Words& environment) {
+    Words words{"-i", "HOME=" + home, "PATH=/usr/bin:/bin", "LANG=C.UTF-8", "TERM=xterm-256color"};
+    words.insert(words.end(), environment.begin(), environment.end());
     words.emplace_back(LOFTMERE_TERMINAL);
     words.insert(words.end(), arguments.begin(), arguments.end());
     return words;
 }
 
-[[noreturn]] void execute(std::vector<std::string> words) {
+[[noreturn]] void execute(Words words) {
     std::vector<char*> pointers{const_cast<char*>(env)};
     for (std::string& word : words) pointers.push_back(word.data());
     pointers.push_back(nullptr);
@@ -47,32 +46,19 @@ int waitForEnd(pid_t child) {
 
 } // namespace
 
-TerminalResult runTerminal(const TerminalOptions& options, const std::vector<std::string>& arguments) {
-    Shell::Result result = Shell::run(env, wordsFor(options, arguments), patienceSeconds);
-    return {result.status, std::move(result.out), std::move(result.err)};
+Shell::Result runTerminal(const std::string& home, const Words& arguments, const Words& environment) {
+    return Shell::run(env, wordsFor(home, arguments, environment), patienceSeconds);
 }
 
-TerminalScreen::TerminalScreen(const TerminalOptions& options, const std::vector<std::string>& arguments,
-                               int columns) {
-    terminal_ = ::posix_openpt(O_RDWR | O_NOCTTY);
-    ::grantpt(terminal_);
-    ::unlockpt(terminal_);
-    const std::string name = ::ptsname(terminal_);
+TerminalScreen::TerminalScreen(const std::string& home, const Words& arguments, int columns,
+                               const Words& environment) {
     winsize size{
         .ws_row = 40, .ws_col = static_cast<unsigned short>(columns), .ws_xpixel = 0, .ws_ypixel = 0};
-    const int line = ::open(name.c_str(), O_RDWR | O_NOCTTY);
-    ::ioctl(line, TIOCSWINSZ, &size);
-    child_ = ::fork();
-    if (child_ == 0) {
-        ::setsid();
-        ::ioctl(line, TIOCSCTTY, 0);
-        for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) ::dup2(line, stream);
-        ::close(terminal_);
-        // Whoever runs the tests in the background may have these ignored.
-        for (const int key : {SIGHUP, SIGINT, SIGQUIT}) ::signal(key, SIG_DFL);
-        execute(wordsFor(options, arguments));
-    }
-    ::close(line);
+    child_ = ::forkpty(&terminal_, nullptr, nullptr, &size);
+    if (child_ != 0) return;
+    // Whoever runs the tests in the background may have these ignored.
+    for (const int key : {SIGHUP, SIGINT, SIGQUIT}) ::signal(key, SIG_DFL);
+    execute(wordsFor(home, arguments, environment));
 }
 
 TerminalScreen::~TerminalScreen() {
@@ -102,15 +88,11 @@ std::string TerminalScreen::waitFor(const std::string& text) {
     return shown_;
 }
 
-TerminalResult TerminalScreen::finish() {
+Shell::Result TerminalScreen::finish() {
     while (readMore()) {
     }
-    TerminalResult result;
-    result.status = waitForEnd(child_);
-    child_ = -1;
     std::erase(shown_, '\r');
-    result.out = shown_;
-    return result;
+    return {.status = waitForEnd(std::exchange(child_, -1)), .out = shown_, .err = ""};
 }
 
 } // namespace loftmere::test

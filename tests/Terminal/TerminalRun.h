@@ -1,5 +1,7 @@
 #pragma once
 
+#include "CleanerCore/Process/Shell.h"
+
 #include <sys/types.h>
 
 #include <string>
@@ -7,25 +9,17 @@
 
 namespace loftmere::test {
 
-// How the real program ended.
-struct TerminalResult {
-    int status = -1; // the exit status, or minus the signal that ended it
-    std::string out;
-    std::string err;
-};
+using Words = std::vector<std::string>;
 
-struct TerminalOptions {
-    std::string home;
-    std::vector<std::string> environment = {}; // "NAME=value"; nothing else of ours is passed on
-};
-
-// Runs the program with the arguments, without a terminal, to its end.
-TerminalResult runTerminal(const TerminalOptions& options, const std::vector<std::string>& arguments);
+// Runs the real program with the arguments, without a terminal, to its end. Of the environment it knows the
+// home and what is given here, "NAME=value".
+Shell::Result runTerminal(const std::string& home, const Words& arguments, const Words& environment = {});
 
 // The program with all its streams on a terminal of its own, as a person has it.
 class TerminalScreen {
 public:
-    TerminalScreen(const TerminalOptions& options, const std::vector<std::string>& arguments, int columns);
+    TerminalScreen(const std::string& home, const Words& arguments, int columns,
+                   const Words& environment = {});
     ~TerminalScreen();
     TerminalScreen(const TerminalScreen&) = delete;
     TerminalScreen& operator=(const TerminalScreen&) = delete;
@@ -37,7 +31,7 @@ public:
     std::string waitFor(const std::string& text);
 
     // Waits for the end; `out` is everything that was shown, line ends as "\n".
-    TerminalResult finish();
+    Shell::Result finish();
 
 private:
     bool readMore();

@@ -27,9 +27,10 @@ void fillTrash(const TemporaryHome& home) {
     home.file(".Trash/" + std::string(255, 'n'), std::string(9000, 'x'));
 }
 
-// Without colours and what the status line wrote and took away again.
+// Without colours; what the status line wrote and took away again stands on lines of its own.
 std::string withoutEscapes(const std::string& text) {
-    return std::regex_replace(text, std::regex("\x1B\\[[0-9;]*[A-Za-z]"), "");
+    const std::string apart = std::regex_replace(text, std::regex("\x1B\\[K"), "\n");
+    return std::regex_replace(apart, std::regex("\x1B\\[[0-9;]*[A-Za-z]"), "");
 }
 
 bool isShowable(const std::string& text) {
@@ -61,7 +62,7 @@ TEST(TerminalProgram, AnswersUsageQuestionsAndMistakes) {
              Case{{"scan", "appBundle"}, 0, "", "no scan looks for appBundle"},
              Case{{"scan", "trash"}, 0, "Nothing to remove here right now.", ""},
          }) {
-        const auto result = runTerminal({.home = home.path()}, c.arguments);
+        const auto result = runTerminal(home.path(), c.arguments);
         SCOPED_TRACE(testing::PrintToString(c.arguments));
         EXPECT_EQ(result.status, c.status);
         EXPECT_THAT(result.out, HasSubstr(c.out));
@@ -74,8 +75,8 @@ TEST(TerminalProgram, AnswersUsageQuestionsAndMistakes) {
 TEST(TerminalProgram, ScanGivesTheSameJsonWhereverTheFlagStands) {
     const TemporaryHome home;
     fillTrash(home);
-    const auto before = runTerminal({.home = home.path()}, {"--json", "scan", "trash"});
-    const auto after = runTerminal({.home = home.path()}, {"scan", "systemJunk", "trash", "--json"});
+    const auto before = runTerminal(home.path(), {"--json", "scan", "trash"});
+    const auto after = runTerminal(home.path(), {"scan", "systemJunk", "trash", "--json"});
     EXPECT_EQ(before.status, 0);
     EXPECT_EQ(before.err, "");
     const Json document = parseJson(before.out).value();
@@ -97,13 +98,13 @@ TEST(TerminalProgram, ScanGivesTheSameJsonWhereverTheFlagStands) {
 TEST(TerminalProgram, NoNameFromDiskReachesTheTerminalAsItIs) {
     const TemporaryHome home;
     fillTrash(home);
-    const auto piped = runTerminal({.home = home.path()}, {"scan"});
+    const auto piped = runTerminal(home.path(), {"scan"});
     EXPECT_TRUE(isShowable(piped.out)) << piped.out;
     EXPECT_THAT(piped.out, HasSubstr("esc\u241B[31mred"));
     EXPECT_THAT(piped.out, HasSubstr(std::string(255, 'n'))); // nothing is cut where no terminal is
 
     for (const int columns : {40, 80, 120}) {
-        const auto shown = TerminalScreen({.home = home.path()}, {"scan"}, columns).finish();
+        const auto shown = TerminalScreen(home.path(), {"scan"}, columns).finish();
         EXPECT_EQ(shown.status, 0);
         EXPECT_THAT(shown.out, HasSubstr("\x1B[33mReview "));
         const std::string plain = withoutEscapes(shown.out);
@@ -111,11 +112,9 @@ TEST(TerminalProgram, NoNameFromDiskReachesTheTerminalAsItIs) {
         for (const std::string& line : splitOmittingEmpty(plain, '\n'))
             EXPECT_LE(displayWidth(line), columns) << line;
     }
-    const auto uncoloured =
-        TerminalScreen({.home = home.path(), .environment = {"NO_COLOR=1"}}, {"scan"}, 80).finish();
+    const auto uncoloured = TerminalScreen(home.path(), {"scan"}, 80, {"NO_COLOR=1"}).finish();
     EXPECT_THAT(uncoloured.out, Not(HasSubstr("\x1B[3")));
-    EXPECT_THAT(runTerminal({.home = home.path(), .environment = {"LC_ALL=C"}}, {"scan"}).out,
-                Not(HasSubstr("…")));
+    EXPECT_THAT(runTerminal(home.path(), {"scan"}, {"LC_ALL=C"}).out, Not(HasSubstr("…")));
 }
 
 TEST(TerminalProgram, AVanishedReaderIsNoFailureButAFullDiskIs) {

@@ -26,6 +26,25 @@ constexpr const char* rubbish[] = {"",
                                    R"({"Type": "Images", "Reclaimable": 5})",
                                    "\xff\xfe{}"};
 
+// Whatever else a tool does instead of answering, its scanner finds nothing and does not wait for long.
+template <class Scanner> void expectNothingOfOtherAnswers(const std::string& tool, const std::string& good) {
+    test::ScriptedTools tools;
+    const test::TemporaryHome home;
+    const ScanContext context = test::scanContext(home);
+    tools.addPrinting(tool, good);
+    EXPECT_EQ(Scanner().scan(context).value().size(), 1U);
+    for (const char* text : rubbish) {
+        tools.addPrinting(tool, text);
+        EXPECT_THAT(Scanner().scan(context).value(), IsEmpty()) << text;
+    }
+    tools.addPrinting(tool, good, 72);
+    EXPECT_THAT(Scanner().scan(context).value(), IsEmpty());
+    tools.add(tool, "echo '" + good + "'; exec sleep 60");
+    EXPECT_THAT(Scanner(0.2).scan(context).value(), IsEmpty());
+    tools.remove(tool);
+    EXPECT_THAT(Scanner().scan(context).value(), IsEmpty());
+}
+
 } // namespace
 
 TEST(Xcode, WhatComesBackAndWhatDoesNot) {
@@ -62,7 +81,7 @@ TEST(Simulators, TheNewestSymbolsStay) {
     home.link(base + "watchOS DeviceSupport/99.0", home.at(base + "iOS DeviceSupport/9.3"));
     home.file("Library/Developer/CoreSimulator/Caches/dyld", "x");
     test::ageEverything(home, 2);
-    EXPECT_THAT(test::titlesOf(SimulatorScanner().scan(test::scanContext(home)).value()),
+    EXPECT_THAT(test::found(SimulatorScanner(), test::scanContext(home)),
                 ElementsAre("16.4", "9.3", "Simulator caches"));
 }
 
@@ -81,14 +100,6 @@ TEST(Simulators, UnavailableOnesAreTheToolsBusiness) {
     EXPECT_EQ(items[0].size, 2 * 12288);
     EXPECT_THAT(tools.calls("xcrun"),
                 ElementsAre(ElementsAre("simctl", "list", "devices", "unavailable", "-j")));
-    for (const char* text : rubbish) {
-        tools.addPrinting("xcrun", text);
-        EXPECT_THAT(SimulatorScanner().scan(context).value(), IsEmpty()) << text;
-    }
-    tools.addPrinting("xcrun", R"({"devices": {"iOS 15": [{"udid": "A"}]}})", 72);
-    EXPECT_THAT(SimulatorScanner().scan(context).value(), IsEmpty());
-    tools.add("xcrun", R"(echo '{"devices": {"a": [{"udid": "A"}]}}'; exec sleep 60)");
-    EXPECT_THAT(SimulatorScanner(0.2).scan(context).value(), IsEmpty());
 }
 
 TEST(PackageCaches, ByTableSizeAndRisk) {
@@ -108,8 +119,7 @@ TEST(PackageCaches, ByTableSizeAndRisk) {
     EXPECT_EQ(items[1].risk, Risk::caution);
     int asked = 0;
     context.isCancelled = [&] { return ++asked > 12; }; // Homebrew stands at 12
-    EXPECT_THAT(test::titlesOf(PackageCachesScanner().scan(context).value()),
-                ElementsAre("Homebrew downloads"));
+    EXPECT_THAT(test::found(PackageCachesScanner(), context), ElementsAre("Homebrew downloads"));
 }
 
 TEST(Docker, OffersWhatDockerSaysItCanReclaim) {
@@ -131,16 +141,11 @@ broken
     EXPECT_EQ(items[2].id, "cmd:docker volume prune -f");
     EXPECT_EQ(items[2].risk, Risk::caution);
     EXPECT_THAT(tools.calls("docker"), ElementsAre(ElementsAre("system", "df", "--format", "{{json .}}")));
-    for (const char* text : rubbish) {
-        tools.addPrinting("docker", text);
-        EXPECT_THAT(DockerScanner().scan(context).value(), IsEmpty()) << text;
-    }
-    tools.addPrinting("docker", R"({"Type": "Images", "Reclaimable": "1GB"})", 1);
-    EXPECT_THAT(DockerScanner().scan(context).value(), IsEmpty());
-    tools.add("docker", R"(echo '{"Type": "Images", "Reclaimable": "1GB"}'; exec sleep 60)");
-    EXPECT_THAT(DockerScanner(0.2).scan(context).value(), IsEmpty());
-    tools.remove("docker");
-    EXPECT_THAT(DockerScanner().scan(context).value(), IsEmpty());
+}
+
+TEST(OutsideTools, FindNothingWhenTheyDoNotAnswer) {
+    expectNothingOfOtherAnswers<SimulatorScanner>("xcrun", R"({"devices": {"a": [{"udid": "A"}]}})");
+    expectNothingOfOtherAnswers<DockerScanner>("docker", R"({"Type": "Images", "Reclaimable": "1GB"})");
 }
 
 TEST(OutsideTools, AreNotWaitedForAfterCancel) {
@@ -161,29 +166,12 @@ TEST(OutsideTools, AreNotWaitedForAfterCancel) {
 }
 
 TEST(Docker, ParsesItsSizes) {
-    struct Case {
-        const char* text;
-        int64_t bytes;
-    };
-    for (const Case& c : {Case{"1.5GB", 1500000000},
-                          {"512kB (100%)", 512000},
-                          {"512KB", 512000},
-                          {"0B", 0},
-                          {"12", 0},
-                          {"3.2TiB", 0},
-                          {"3.2TB", 3200000000000},
-                          {"", 0},
-                          {"B", 0},
-                          {"GB", 0},
-                          {" 1GB", 0},
-                          {"1,5GB", 0},
-                          {"-2MB", -2000000},
-                          {"1.9B", 1},
-                          {"1e3kB", 1000000},
-                          {"9e99TB", 0},
-                          {"nanB", 0},
-                          {"infB", 0},
-                          {"0x10B", 0}}) {
-        EXPECT_EQ(DockerScanner::parseSize(c.text), c.bytes) << c.text;
-    }
+    using Case = std::pair<const char*, int64_t>;
+    for (const auto& [text, bytes] :
+         {Case{"1.5GB", 1500000000}, Case{"512kB (100%)", 512000}, Case{"512KB", 512000},
+          Case{"3.2TB", 3200000000000}, Case{"-2MB", -2000000}, Case{"1.9B", 1}, Case{"1e3kB", 1000000}})
+        EXPECT_EQ(DockerScanner::parseSize(text), bytes) << text;
+    for (const char* nothing :
+         {"0B", "12", "3.2TiB", "", "B", "GB", " 1GB", "1,5GB", "9e99TB", "nanB", "infB", "0x10B"})
+        EXPECT_EQ(DockerScanner::parseSize(nothing), 0) << nothing;
 }

@@ -26,7 +26,7 @@ void project(const test::TemporaryHome& home, const std::string& name, const std
 }
 
 std::vector<std::string> found(const test::TemporaryHome& home, AppConfig config = {}) {
-    return test::titlesOf(ProjectArtifactsScanner().scan(test::scanContext(home, std::move(config))).value());
+    return test::found(ProjectArtifactsScanner(), test::scanContext(home, std::move(config)));
 }
 
 // Runs git without the user's own settings; skips the test where there is none.
@@ -71,21 +71,18 @@ TEST(ProjectArtifacts, AMarkerProvesTheProject) {
 }
 
 TEST(ProjectArtifacts, ActivityIsTheProjectsOwnWork) {
-    struct Case {
-        const char* changed;
-        bool stale;
-    };
-    for (const Case& c :
-         {Case{"package.json", false}, Case{"src/main.js", false}, Case{"src/deep/main.js", true},
-          Case{"node_modules/data", true}, Case{".git/FETCH_HEAD", false}, Case{".git/config", true}}) {
+    const std::pair<const char*, bool> cases[]{{"package.json", false},    {"src/main.js", false},
+                                               {"src/deep/main.js", true}, {"node_modules/data", true},
+                                               {".git/FETCH_HEAD", false}, {".git/config", true}};
+    for (const auto& [changed, stale] : cases) {
         const test::TemporaryHome home;
         project(home, "app", "package.json", "node_modules");
         for (const char* name : {"src/main.js", "src/deep/main.js", ".git/FETCH_HEAD", ".git/config"}) {
             home.file(std::string("Projects/app/") + name, "x");
         }
         test::ageEverything(home, 60);
-        home.setAgeDays(std::string("Projects/app/") + c.changed, 1);
-        EXPECT_EQ(found(home).empty(), !c.stale) << c.changed;
+        home.setAgeDays(std::string("Projects/app/") + changed, 1);
+        EXPECT_EQ(found(home).empty(), !stale) << changed;
     }
 }
 

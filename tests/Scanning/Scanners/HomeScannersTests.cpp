@@ -1,7 +1,13 @@
+#include "CleanerCore/Scanning/Scanners/CloudLocalCopiesScanner.h"
+#include "CleanerCore/Scanning/Scanners/CrashReportsScanner.h"
 #include "CleanerCore/Scanning/Scanners/IOSBackupsScanner.h"
 #include "CleanerCore/Scanning/Scanners/InstallersScanner.h"
 #include "CleanerCore/Scanning/Scanners/LargeOldFilesScanner.h"
+#include "CleanerCore/Scanning/Scanners/LogsScanner.h"
+#include "CleanerCore/Scanning/Scanners/MailDownloadsScanner.h"
 #include "CleanerCore/Scanning/Scanners/OldDownloadsScanner.h"
+#include "CleanerCore/Scanning/Scanners/SavedStateScanner.h"
+#include "CleanerCore/Scanning/Scanners/UserCachesScanner.h"
 #include "CleanerCore/Support/DateText.h"
 #include "tests/Support/ScannerFixtures.h"
 
@@ -30,6 +36,45 @@ void sparseFile(const test::TemporaryHome& home, const std::string& name, int64_
 }
 
 } // namespace
+
+TEST(SystemJunk, CachesGoByNameFreshnessAndSize) {
+    const test::TemporaryHome home;
+    for (const char* name : {"Homebrew", "com.ostrel.loftmere", "CloudKit", "JetBrains", "fresh", "viewer"}) {
+        home.fileOfSize(std::string("Library/Caches/") + name + "/data", 65536);
+    }
+    home.fileOfSize("Library/Caches/small/data", 61440);
+    test::ageEverything(home, 2);
+    home.setAgeDays("Library/Caches/fresh", 0.5 / 24);
+    EXPECT_THAT(test::found(UserCachesScanner(), test::scanContext(home)), ElementsAre("viewer"));
+    EXPECT_THAT(test::found(UserCachesScanner(), test::scanContext(home, {.minItemAgeHours = 0})),
+                ElementsAre("fresh", "viewer"));
+}
+
+TEST(SystemJunk, OneLiveFileKeepsAWholeLogFolder) {
+    const test::TemporaryHome home;
+    for (const char* name : {"dead/a/b.log", "live/a/b.log", "plain.log", "DiagnosticReports/x.ips",
+                             "Ostrel Loftmere/agent.log", "empty.log"}) {
+        home.file(std::string("Library/Logs/") + name, name == std::string("empty.log") ? "" : "text");
+    }
+    test::ageEverything(home, 4);
+    home.setAgeDays("Library/Logs/live/a/b.log", 2.9);
+    const auto items = LogsScanner().scan(test::scanContext(home)).value();
+    EXPECT_THAT(test::titlesOf(items), ElementsAre("dead", "plain.log"));
+    EXPECT_EQ(items[0].reason, "Log files untouched for 3+ days");
+    EXPECT_THAT(test::found(CrashReportsScanner(), test::scanContext(home)), ElementsAre("x.ips"));
+}
+
+TEST(SystemJunk, UseNotChangeDecidesOnStateAndAttachments) {
+    const test::TemporaryHome home;
+    const std::string mail = "Library/Containers/com.apple.mail/Data/Library/Mail Downloads/";
+    for (const int days : {6, 8, 13, 15}) {
+        const std::string name = std::to_string(days);
+        home.setAgeDays(home.file("Library/Saved Application State/" + name, "x"), days);
+        home.setAgeDays(home.file(mail + name, "x"), days);
+    }
+    EXPECT_THAT(test::found(SavedStateScanner(), test::scanContext(home)), ElementsAre("15"));
+    EXPECT_THAT(test::found(MailDownloadsScanner(), test::scanContext(home)), ElementsAre("13", "15", "8"));
+}
 
 TEST(IOSBackups, TheirOwnWordsElseTheFolders) {
     ::setenv("LC_ALL", "C", 1);
@@ -71,8 +116,8 @@ TEST(Downloads, InstallersAndOldOnesShareOnlyDiscImages) {
     home.setAgeDays(home.file("Desktop/young.pkg", "x"), 1);
     home.file("Desktop/fresh.pkg", "x");
     const ScanContext context = test::scanContext(home);
-    EXPECT_THAT(test::titlesOf(OldDownloadsScanner().scan(context).value()), ElementsAre("d.iso", "e.zip"));
-    EXPECT_THAT(test::titlesOf(InstallersScanner().scan(context).value()),
+    EXPECT_THAT(test::found(OldDownloadsScanner(), context), ElementsAre("d.iso", "e.zip"));
+    EXPECT_THAT(test::found(InstallersScanner(), context),
                 ElementsAre("a.DMG", "b.pkg", "c.mpkg", "d.iso", "young.pkg"));
 }
 
@@ -103,5 +148,32 @@ TEST(LargeOldFiles, SizeAgeDepthAndWhereNotToLook) {
     ScanContext cancelled = test::scanContext(home, {});
     int asked = 0;
     cancelled.isCancelled = [&] { return ++asked > 1; };
-    EXPECT_THAT(test::titlesOf(LargeOldFilesScanner().scan(cancelled).value()), ElementsAre("exact"));
+    EXPECT_THAT(test::found(LargeOldFilesScanner(), cancelled), ElementsAre("exact"));
+}
+
+TEST(CloudLocalCopies, LargeUnopenedFilesByFallingSize) {
+    const test::TemporaryHome home;
+    constexpr int64_t limit = int64_t{25} << 20;
+    const struct {
+        const char* path;
+        int64_t size;
+        double ageDays;
+    } copies[]{{"Library/Mobile Documents/deep/er/old", limit, 31},
+               {"Library/Mobile Documents/young", limit + (5 << 20), 29},
+               {"Library/Mobile Documents/small", limit - 4096, 31},
+               {"Library/CloudStorage/OneDrive-Me/larger", limit + (1 << 20), 31},
+               {"elsewhere/old", limit, 31}};
+    for (const auto& [path, size, ageDays] : copies) home.setAgeDays(home.fileOfSize(path, size), ageDays);
+    home.link("Library/CloudStorage/Link", home.at("elsewhere"));
+    home.link("Library/Mobile Documents/link", home.at("elsewhere/old"));
+    ScanContext context = test::scanContext(home);
+    const auto items = CloudLocalCopiesScanner().scan(context).value();
+    ASSERT_EQ(items.size(), 2U);
+    EXPECT_EQ(items[0].id, "evict:" + home.at("Library/CloudStorage/OneDrive-Me/larger"));
+    EXPECT_EQ(items[0].reason, "OneDrive: stays in the cloud, re-downloads when opened");
+    EXPECT_EQ(items[1].id, "evict:" + home.at("Library/Mobile Documents/deep/er/old"));
+    EXPECT_EQ(items[1].reason, "iCloud Drive: stays in the cloud, re-downloads when opened");
+    for (const ScanItem& item : items) EXPECT_EQ(item.risk, Risk::safe);
+    context.isCancelled = [] { return true; };
+    EXPECT_THAT(CloudLocalCopiesScanner().scan(context).value(), IsEmpty());
 }

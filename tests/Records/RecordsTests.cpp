@@ -1,4 +1,4 @@
-#include "CleanerCore/Records/CleanReport.h"
+#include "CleanerCore/Records/AppConfig.h"
 #include "CleanerCore/Records/ScanItem.h"
 #include "CleanerCore/Records/TriggerSource.h"
 #include "CleanerCore/Support/RecordCodec.h"
@@ -71,39 +71,26 @@ TEST(RecordJson, EnumerationsWithPayloadHaveExactlyOneKnownKey) {
     EXPECT_FALSE(decoded<TriggerSource>(R"({"schedule":{"appName":"N"}})"));
 }
 
-TEST(RecordJson, ReportLeavesOutAnAbsentSession) {
-    CleanReport report{.freedBytes = 1, .failures = {{"id", "why"}}};
-    EXPECT_EQ(encoded(report).find("quarantineSessionID"), std::string::npos);
-    EXPECT_EQ(decoded<CleanReport>(encoded(report)), report);
-    report.quarantineSessionID = "20260115-093012-7F3A9C";
-    EXPECT_EQ(decoded<CleanReport>(encoded(report)), report);
-    EXPECT_FALSE(decoded<CleanReport>(R"({"freedBytes": 1})"));
-}
-
-TEST(ScanItem, IdentityComesFromTheTarget) {
-    const CommandSpec prune{"docker", {"builder", "prune", "-f"}};
-    const ScanItem command = ScanItem::make({.target = CommandTarget{prune}});
-    EXPECT_EQ(command.id, "cmd:docker builder prune -f");
-    EXPECT_EQ(command.title, "docker builder prune -f");
-    EXPECT_EQ(command.anyPath(), nullptr);
-    const ScanItem evict = ScanItem::make({.target = EvictTarget{"/h/a.mov"}});
-    EXPECT_EQ(evict.id, "evict:/h/a.mov");
-    EXPECT_EQ(evict.title, "a.mov");
-    EXPECT_EQ(evict.path(), nullptr);
-    EXPECT_EQ(*evict.anyPath(), "/h/a.mov");
-    const ScanItem admin = ScanItem::make({.title = "T", .target = AdminPathTarget{"/Library/x"}});
-    EXPECT_EQ(admin.id, "/Library/x");
-    EXPECT_EQ(admin.title, "T");
-    EXPECT_EQ(*admin.path(), "/Library/x");
-}
-
 TEST(CleanCategory, TheTableStandsInDeclaredOrder) {
-    ASSERT_EQ(allCategories().size(), 23U);
-    for (const CategoryTraits& row : allCategories()) {
-        EXPECT_EQ(&traits(row.category), &row) << row.rawValue;
-        EXPECT_EQ(categoryNamed(row.rawValue), row.category);
-        EXPECT_EQ(row.isRegenerable != row.selectedByDefault, row.category == CleanCategory::trash)
-            << row.rawValue;
-    }
-    EXPECT_FALSE(categoryNamed("UserCaches"));
+    for (const CategoryTraits& row : allCategories()) EXPECT_EQ(&traits(row.category), &row) << row.rawValue;
+}
+
+TEST(AppConfig, DecidesTheDisposal) {
+    AppConfig config{.quarantineEverything = true};
+    EXPECT_EQ(config.disposal(CleanCategory::userCaches), Disposal::quarantine);
+    EXPECT_EQ(config.disposal(CleanCategory::trash), Disposal::remove);
+    EXPECT_EQ(config.disposal(CleanCategory::docker), Disposal::remove);
+    EXPECT_EQ(config.disposal(CleanCategory::cloudLocalCopies), Disposal::quarantine);
+    config.disposalOverrides = {{"docker", Disposal::quarantine},
+                                {"logs", Disposal::trash},
+                                {"securityThreats", Disposal::remove},
+                                {"trash", Disposal::quarantine}};
+    EXPECT_EQ(config.disposal(CleanCategory::docker), Disposal::remove);
+    EXPECT_EQ(config.disposal(CleanCategory::logs), Disposal::trash);
+    EXPECT_EQ(config.disposal(CleanCategory::securityThreats), Disposal::remove);
+    EXPECT_EQ(config.disposal(CleanCategory::trash), Disposal::quarantine);
+    const AppConfig plain;
+    EXPECT_EQ(plain.disposal(CleanCategory::cloudLocalCopies), Disposal::remove);
+    EXPECT_EQ(plain.disposal(CleanCategory::appBundle), Disposal::quarantine);
+    EXPECT_EQ(plain.disposal(CleanCategory::oldDownloads), Disposal::quarantine);
 }
