@@ -118,6 +118,15 @@ TEST(Walk, asksForCancelAtEvery2000thEntryNeverOnTwoThreadsAtOnce) {
     EXPECT_GT(part, 0);
 }
 
+TEST(Walk, cancelTakesEffectBeforeThe2000thEntryIsAdded) {
+    const TemporaryHome home;
+    for (const int files : {1999, 2000}) {
+        const std::string root = home.folder("flat" + std::to_string(files));
+        for (int i = 0; i < files; ++i) home.fileOfSize(root + "/" + std::to_string(i), 1);
+        EXPECT_EQ(allocatedBelow(root, [] { return true; }), 1999 * fileBytes);
+    }
+}
+
 TEST(Walk, copesWithHugeFolders) {
     const TemporaryHome home;
     const std::string root = home.folder("tree");

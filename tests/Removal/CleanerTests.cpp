@@ -298,3 +298,17 @@ TEST_F(CleanerTest, KeepsNothingOfAnotherVolume) {
     ASSERT_TRUE(report.quarantineSessionID);
     EXPECT_THAT(Quarantine(home_.paths()).sessions().at(0).entries, IsEmpty());
 }
+
+TEST(Cleaner, KnowsPermissionErrors) {
+    const auto known = [](FailureDomain domain, int code, std::shared_ptr<const Failure> under = nullptr) {
+        return Cleaner::isPermissionError(
+            {.domain = domain, .code = code, .message = "", .underlying = std::move(under)});
+    };
+    const auto denied = std::make_shared<const Failure>(Failure::posix(EACCES, "open", "x"));
+    for (const int code : {1, 13}) EXPECT_TRUE(known(FailureDomain::posix, code));
+    for (const int code : {257, 513}) EXPECT_TRUE(known(FailureDomain::cocoa, code));
+    EXPECT_TRUE(known(FailureDomain::cocoa, 4, denied));
+    EXPECT_FALSE(known(FailureDomain::cocoa, 13));
+    EXPECT_FALSE(known(FailureDomain::loftmere, 13));
+    EXPECT_FALSE(known(FailureDomain::posix, 2));
+}

@@ -9,17 +9,6 @@
 
 namespace loftmere {
 
-namespace {
-
-bool isOneEntry(const std::string& a, const std::string& b) {
-    std::error_code failure;
-    const auto real = std::filesystem::canonical(a, failure);
-    const auto other = failure ? real : std::filesystem::canonical(b, failure);
-    return failure || real == other; // in doubt one, since then neither is proposed because of the other
-}
-
-} // namespace
-
 bool PhotoFiles::add(const std::string& root, std::span<const std::string_view> extensions,
                      const Visit& visit) {
     bool ended = false;
@@ -37,14 +26,16 @@ bool PhotoFiles::add(const std::string& root, std::span<const std::string_view> 
 void PhotoFiles::addFile(const WalkEntry& entry) {
     const auto status = entry.status();
     if (!status || status->type != FileType::regular) return;
-    PhotoFile file{.path = entry.path, .status = *status, .content = files_.size()};
+    if (status->links > 1 && !isNewName(entry.path)) return;
     const auto [known, isNew] = known_.try_emplace({status->device, status->inode}, files_.size());
-    if (!isNew) {
-        const PhotoFile& first = files_[known->second];
-        if (status->links < 2 || isOneEntry(first.path, entry.path)) return;
-        file.content = known->second;
-    }
-    files_.push_back(std::move(file));
+    if (!isNew && status->links < 2) return;
+    files_.push_back({.path = entry.path, .status = *status, .content = known->second});
+}
+
+bool PhotoFiles::isNewName(const std::string& path) {
+    std::error_code failure;
+    const auto real = std::filesystem::canonical(path, failure);
+    return !failure && names_.insert(real.string()).second;
 }
 
 } // namespace loftmere

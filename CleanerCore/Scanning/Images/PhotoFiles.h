@@ -9,6 +9,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -37,9 +38,11 @@ public:
 
 private:
     void addFile(const WalkEntry& entry);
+    bool isNewName(const std::string& path);
 
     std::vector<PhotoFile> files_;
     std::map<std::pair<uint64_t, uint64_t>, size_t> known_; // device and inode of each
+    std::unordered_set<std::string> names_;                 // the real paths of files that have several
 };
 
 } // namespace loftmere
