@@ -4,7 +4,7 @@
 Makes a corpus of about 2.7 GB in 5,868 files below build/ (kept for the next time), proves that all finders report the
 same sets, then times them and the hash in turn, everything being in the kernel's caches; for root on Linux then with
 the caches dropped before each command. Prints Markdown tables.
-Wants the `bench` preset's tools: cmake --preset bench && cmake --build --preset bench
+Wants the tools that benchmarks/prepare builds.
 """
 import json, os, random, shlex, subprocess, sys
 

@@ -7,7 +7,7 @@
 # The corpus: 1,500 JPEG files of 1 to 12 megapixels, among them 149 encoded again and 149 of half the size by the vips
 # program. Timed in turn, everything in the kernel's caches: dHash over all of them on two threads, vipsthumbnail -s 64 on
 # two processes, and findimagedupes where it is installed, once, since it is so much slower.
-# Wants the `bench` preset's tools: cmake --preset bench && cmake --build --preset bench
+# Wants the tools that benchmarks/prepare builds.
 set -eu
 cd "$(dirname "$0")/.."
 tools=build/bench/bin
@@ -16,7 +16,7 @@ scenes=1202
 copies=149
 
 if [ ! -x $tools/MakePhotos ]; then
-    echo "build the tools first: cmake --preset bench && cmake --build --preset bench" >&2
+    echo "build the tools first: benchmarks/prepare" >&2
     exit 2
 fi
 

@@ -3,7 +3,7 @@
 #
 # Makes 100,000 folders of projects below build/ (kept for the next time), then times the scanner and a bare walk of
 # the folders that it must list, in turn, with everything in the kernel's caches. Prints a Markdown table.
-# Wants the `bench` preset's tools: cmake --preset bench && cmake --build --preset bench
+# Wants the tools that benchmarks/prepare builds.
 set -eu
 cd "$(dirname "$0")/.."
 rounds=${1:-9}
@@ -11,7 +11,7 @@ tools=build/bench/bin
 home=$PWD/build/projects-home
 
 if [ ! -x $tools/Rounds ]; then
-    echo "build the tools first: cmake --preset bench && cmake --build --preset bench" >&2
+    echo "build the tools first: benchmarks/prepare" >&2
     exit 2
 fi
 if [ ! -x $tools/BareProjectWalk ]; then

@@ -5,7 +5,7 @@
 # gdu and ncdu, as far as they are installed, and the bare system calls on one and two threads, in turn, with everything
 # in the kernel's caches; for root on Linux then ours and gdu (else du), the caches dropped before each command. Prints
 # Markdown tables.
-# Wants the `bench` preset's tools: cmake --preset bench && cmake --build --preset bench
+# Wants the tools that benchmarks/prepare builds.
 set -eu
 cd "$(dirname "$0")/.."
 rounds=${1:-9}
@@ -14,7 +14,7 @@ tools=build/bench/bin
 tree=build/walk-tree
 
 if [ ! -x $tools/Rounds ]; then
-    echo "build the tools first: cmake --preset bench && cmake --build --preset bench" >&2
+    echo "build the tools first: benchmarks/prepare" >&2
     exit 2
 fi
 if [ ! -e $tree.done ]; then

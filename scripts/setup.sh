@@ -7,8 +7,10 @@ debianPackages=(
     python3
 )
 debianTestPackages=(libgtest-dev libgmock-dev shellcheck clang-format-19 git e2fsprogs libvips-tools)
+debianBenchmarkPackages=(libbenchmark-dev gdu ncdu jdupes fdupes rmlint findimagedupes libvips-tools openssl)
 brewPackages=(cmake ninja ccache pkg-config nlohmann-json fmt openssl@3 icu4c re2 libplist vips jpeg-turbo cli11)
 brewTestPackages=(googletest shellcheck clang-format)
+brewBenchmarkPackages=(google-benchmark gdu ncdu jdupes fdupes rmlint)
 
 say() { printf '%s\n' "$*" >&2; }
 
@@ -28,22 +30,30 @@ installDebian() {
 }
 
 installBrew() {
-    local missing=() package present
-    present=$(brew list -1)
+    local missing=() package
     for package in "$@"; do
-        grep -qx "$package" <<<"$present" || missing+=("$package")
+        # By the formula's name, which may be an alias of the one it is listed under.
+        [ -d "$(brew --prefix "$package" 2>/dev/null)" ] || missing+=("$package")
     done
-    [ ${#missing[@]} -eq 0 ] && return
-    say "Installing: ${missing[*]}"
-    brew install --quiet "${missing[@]}" >&2
+    if [ ${#missing[@]} -gt 0 ]; then
+        say "Installing: ${missing[*]}"
+        brew install --quiet "${missing[@]}" >&2
+    fi
+    # These are kept out of the places where a build looks by itself.
+    CMAKE_PREFIX_PATH=$(brew --prefix icu4c):$(brew --prefix openssl@3):$(brew --prefix jpeg-turbo)
+    PKG_CONFIG_PATH=${CMAKE_PREFIX_PATH//://lib/pkgconfig:}/lib/pkgconfig
+    export CMAKE_PREFIX_PATH PKG_CONFIG_PATH
 }
 
-# installNeeds run|tests: what building needs; for the tests, what they need too.
+# installNeeds run|tests|benchmarks: what building needs; for tests and benchmarks what they need too.
 installNeeds() {
     local debian=("${debianPackages[@]}") brewed=("${brewPackages[@]}")
     if [ "$1" = tests ]; then
         debian+=("${debianTestPackages[@]}")
         brewed+=("${brewTestPackages[@]}")
+    elif [ "$1" = benchmarks ]; then
+        debian+=("${debianBenchmarkPackages[@]}")
+        brewed+=("${brewBenchmarkPackages[@]}")
     fi
     if command -v apt-get >/dev/null; then
         installDebian "${debian[@]}"

@@ -18,8 +18,7 @@ namespace loftmere {
 
 namespace {
 
-constexpr const char* interrupted =
-    "loftmere: interrupted; \"loftmere sessions\" lists what can be brought back\n";
+constexpr const char* stopping = "loftmere: stopping after the item in hand; Ctrl-C again ends at once\n";
 
 struct CleanOptions {
     std::vector<std::string> names;
@@ -94,12 +93,18 @@ private:
     }
 
     void clean(const std::vector<CleanCategory>& categories) {
-        sayWhenInterrupted(interrupted);
-        const auto run = model().cleanSelected(categories);
+        noteInterrupt(stopping);
+        const auto run = model().cleanSelected(categories, wasInterrupted);
         session_.wait([&] { return run.isDone(); }, [&] { return progress(); });
+        noteInterrupt(nullptr); // an answer would come too late from here on
         if (!run.value().failures.empty()) status_ = ExitStatus::failed;
         answer(run.value(), false);
-        finishAsAdmin();
+        if (wasInterrupted()) {
+            session_.console().say("interrupted; what is not told above was left as it is");
+            status_ = ExitStatus::interrupted;
+        } else {
+            finishAsAdmin();
+        }
     }
 
     std::string progress() {

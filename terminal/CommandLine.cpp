@@ -21,7 +21,7 @@ namespace {
 constexpr const char* version = "loftmere " LOFTMERE_VERSION;
 constexpr const char* purpose =
     "Ostrel Loftmere: a disk cleaner that explains itself and can undo what it did";
-constexpr const char* hint = "Start with \"loftmere scan\": it looks and touches nothing.\n"
+constexpr const char* hint = "Start with \"loftmere scan\": it looks and removes nothing.\n"
                              "\"loftmere VERB --help\" tells more about a verb.";
 
 constexpr const char* jsonHelp = "Print JSON instead of text";

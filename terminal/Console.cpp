@@ -49,6 +49,18 @@ const char* escapeOf(Ink ink) {
     return "";
 }
 
+std::string inASCII(std::string_view text) {
+    std::string plain;
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte < 0x80)
+            plain += c;
+        else if (byte >= 0xC0) // the first of a character's bytes
+            plain += '?';
+    }
+    return plain;
+}
+
 } // namespace
 
 int writeAll(int descriptor, std::string_view text) {
@@ -68,7 +80,10 @@ Console::Console() {
     colour_ = outIsTerminal && capable && environment("NO_COLOR").empty();
     live_ = errorIsTerminal && capable;
     canAsk_ = errorIsTerminal && ::isatty(STDIN_FILENO) == 1;
-    glyphs_ = localeIsUTF8() ? &unicodeGlyphs : &asciiGlyphs;
+    const bool isUTF8 = localeIsUTF8();
+    glyphs_ = isUTF8 ? &unicodeGlyphs : &asciiGlyphs;
+    asciiOut_ = outIsTerminal && !isUTF8;
+    asciiError_ = errorIsTerminal && !isUTF8;
 }
 
 std::string Console::paint(Ink ink, std::string_view text) const {
@@ -76,8 +91,15 @@ std::string Console::paint(Ink ink, std::string_view text) const {
     return escapeOf(ink) + std::string(text) + "\x1B[0m";
 }
 
+std::string Console::forError(std::string_view text) const {
+    return asciiError_ ? inASCII(text) : std::string(text);
+}
+
 void Console::print(std::string_view text) {
-    pending_ += text;
+    if (asciiOut_)
+        pending_ += inASCII(text);
+    else
+        pending_ += text;
     if (pending_.size() >= bufferSize) flush();
 }
 
@@ -98,12 +120,12 @@ bool Console::flush() {
 
 void Console::say(std::string_view message) {
     flush();
-    writeAll(STDERR_FILENO, "loftmere: " + std::string(message) + "\n");
+    writeAll(STDERR_FILENO, "loftmere: " + forError(message) + "\n");
 }
 
 std::string Console::ask(std::string_view question) {
     flush();
-    writeAll(STDERR_FILENO, question);
+    writeAll(STDERR_FILENO, forError(question));
     std::string answer;
     char c = 0;
     while (true) {

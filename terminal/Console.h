@@ -37,7 +37,12 @@ public:
     // `text` drawn in the ink, or as it is where colour is not wanted.
     std::string paint(Ink ink, std::string_view text) const;
 
-    // Adds to standard output. A reader that has gone away is no failure; the rest is dropped.
+    // The text as the terminal behind standard error can show it: where its locale is not UTF-8, whatever is
+    // not ASCII becomes "?", since its bytes might be control characters there.
+    std::string forError(std::string_view text) const;
+
+    // Adds to standard output; for a terminal as `forError`. A reader that has gone away is no failure; the
+    // rest is dropped.
     void print(std::string_view text);
     void printLine(std::string_view text = {});
 
@@ -53,6 +58,8 @@ public:
 private:
     int width_ = 0;
     bool colour_ = false;
+    bool asciiOut_ = false;
+    bool asciiError_ = false;
     bool live_ = false;
     bool canAsk_ = false;
     const Glyphs* glyphs_;

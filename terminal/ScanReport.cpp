@@ -16,6 +16,7 @@ namespace loftmere {
 namespace {
 
 constexpr int noteIndent = 3;
+constexpr int totalIndent = 8;
 
 // The results in the engine's order, which is that of the categories.
 std::vector<const CategoryResult*> resultsOf(const AppModel& model,
@@ -92,9 +93,9 @@ void printTotals(Session& session, const std::vector<const CategoryResult*>& res
         console.printLine("Nothing to remove here right now.");
     } else {
         console.printLine(console.paint(Ink::bold, "Found   ") + found.text());
-        const std::string how = ticked.count > 0 ? fmt::format("  (\"{}\" removes them)", cleanCommand) : "";
-        console.printLine(console.paint(Ink::bold, "Ticked  ") + ticked.text() +
-                          console.paint(Ink::dim, how));
+        console.printLine(console.paint(Ink::bold, "Ticked  ") + ticked.text());
+        if (ticked.count > 0)
+            printParagraph(console, Ink::dim, fmt::format("\"{}\" removes them", cleanCommand), totalIndent);
     }
     if (const auto& space = *session.model().space) {
         console.printLine(

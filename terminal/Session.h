@@ -10,7 +10,7 @@
 namespace loftmere {
 
 // What the program answers to the shell.
-enum class ExitStatus { done = 0, failed = 1, usage = 2 };
+enum class ExitStatus { done = 0, failed = 1, usage = 2, interrupted = 130 };
 
 // What every verb works with: the console, the model of the current user and the loop that drives it.
 class Session {

@@ -1,10 +1,12 @@
 #include "terminal/StatusLine.h"
 
 #include "terminal/Layout.h"
+#include "terminal/Session.h"
 
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
 #include <cstring>
 
@@ -13,16 +15,21 @@ namespace loftmere {
 namespace {
 
 constexpr std::string_view eraseLine = "\r\x1B[K";
-constexpr int interruptedStatus = 130;
+constexpr int interruptedStatus = static_cast<int>(ExitStatus::interrupted);
 
-// What the signal's handler must know; it may do no more than read these.
+// What the signal's handler must know and tell.
 volatile std::sig_atomic_t lineIsShown = 0;
-const char* volatile lastWords = nullptr;
+volatile std::sig_atomic_t isNoted = 0;
+const char* volatile firstAnswer = nullptr;
 
 void onInterrupt(int) {
+    const int error = errno;
     if (lineIsShown) (void)::write(STDERR_FILENO, eraseLine.data(), eraseLine.size());
-    if (const char* words = lastWords) (void)::write(STDERR_FILENO, words, std::strlen(words));
-    ::_exit(interruptedStatus);
+    const char* answer = firstAnswer;
+    if (answer == nullptr || isNoted) ::_exit(interruptedStatus);
+    isNoted = 1;
+    (void)::write(STDERR_FILENO, answer, std::strlen(answer));
+    errno = error;
 }
 
 int errorWidth() {
@@ -38,7 +45,7 @@ void StatusLine::draw(const std::string& text) {
     shown_ = true;
     // The last column stays free: some terminals wrap as soon as it is written.
     const std::string fitting = cutEnd(text, errorWidth() - 1, console_.glyphs().ellipsis);
-    writeAll(STDERR_FILENO, std::string(eraseLine) + fitting);
+    writeAll(STDERR_FILENO, std::string(eraseLine) + console_.forError(fitting));
 }
 
 void StatusLine::erase() {
@@ -53,11 +60,16 @@ void endOnInterrupt() {
     if (::sigaction(SIGINT, nullptr, &action) == 0 && action.sa_handler == SIG_IGN) return;
     action = {};
     action.sa_handler = onInterrupt;
+    action.sa_flags = SA_RESTART;
     ::sigaction(SIGINT, &action, nullptr);
 }
 
-void sayWhenInterrupted(const char* message) {
-    lastWords = message;
+void noteInterrupt(const char* message) {
+    firstAnswer = message;
+}
+
+bool wasInterrupted() {
+    return isNoted != 0;
 }
 
 } // namespace loftmere

@@ -28,7 +28,11 @@ private:
 // the program was started with Ctrl-C switched off.
 void endOnInterrupt();
 
-// What an interrupted program says last; a text that lives for ever, or null. Any time.
-void sayWhenInterrupted(const char* message);
+// From now on the first Ctrl-C is only noted, and answered with `message`, a text that lives for ever; the
+// second one ends the program as `endOnInterrupt` tells.
+void noteInterrupt(const char* message);
+
+// Whether an interrupt was noted. Any thread.
+bool wasInterrupted();
 
 } // namespace loftmere

@@ -5,8 +5,8 @@
 
 namespace loftmere::JSONStore {
 
-std::optional<Json> loadJson(const std::string& path) {
-    const auto text = readFile(path);
+std::optional<Json> loadJson(const std::string& path, int64_t limit) {
+    const auto text = readFile(path, limit);
     if (!text) return std::nullopt;
     return parseJson(*text);
 }

@@ -25,8 +25,8 @@ enum class WalkStep { proceed, skipDescendants, stop };
 // Visits everything below `root` in turn, a folder before what it holds and mostly right after its siblings.
 // Links are told and never followed, hidden entries are told too, unreadable folders are passed over. Path,
 // name and descriptor last for the visit. False when `root` is no folder that can be read, links followed.
-// The calling thread does all the work and makes all calls. Memory and open descriptors stay bounded however
-// wide or deep the tree is.
+// The calling thread does all the work and makes all calls. Open descriptors stay bounded however wide or
+// deep the tree is; memory holds the names of the folders that are still to be visited.
 bool walkTree(const std::string& root, const std::function<WalkStep(const WalkEntry&)>& visit);
 
 } // namespace loftmere

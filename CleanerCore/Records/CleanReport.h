@@ -22,11 +22,11 @@ struct CleanReport {
     int64_t evictedBytes = 0;
     int64_t quarantinedBytes = 0;
     int64_t trashedBytes = 0;
-    int itemsProcessed = 0;
+    int64_t itemsProcessed = 0;
     std::vector<CleanFailure> failures = {};
     std::optional<std::string> quarantineSessionID = std::nullopt;
     std::vector<std::string> skippedProtected = {}; // paths that the safety policy refused
-    int deferredAdmin = 0;                          // items put in the administrator queue
+    int64_t deferredAdmin = 0;                      // items put in the administrator queue
 
     int64_t totalHandledBytes() const;
 

@@ -15,6 +15,8 @@ namespace loftmere {
 namespace {
 
 constexpr int64_t tailBlock = int64_t{64} << 10;
+constexpr size_t mostPerLine = size_t{32} << 10; // what lines of ours take on an average at the very most
+constexpr size_t leastTail = size_t{8} << 20;    // though a few may be longer
 constexpr size_t streamBlock = size_t{1} << 20;
 
 int64_t sizeOf(const std::string& path) {
@@ -28,7 +30,10 @@ std::string tailOf(const RegularFile& file, int64_t size, size_t limit) {
     size_t lines = 0;
     int64_t start = size;
     // One line break more than lines: the first of the lines must be whole.
-    while (start > 0 && lines <= limit) {
+    // A log without line ends is damaged; it must not be taken into memory whole.
+    const size_t most = std::max(leastTail, std::min(limit, leastTail) * mostPerLine);
+    const int64_t least = std::max<int64_t>(0, size - static_cast<int64_t>(most));
+    while (start > least && lines <= limit) {
         const int64_t from = std::max<int64_t>(0, start - tailBlock);
         std::string block(static_cast<size_t>(start - from), '\0');
         const auto got = file.read(from, std::as_writable_bytes(std::span(block)));

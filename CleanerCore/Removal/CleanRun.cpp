@@ -160,10 +160,10 @@ void CleanRun::tellFailure(const ScanItem& item, const char* action, const Failu
     log(action, item, isEviction ? item.title : pathOf(item), false, failure.message);
 }
 
-void CleanRun::finish() {
+void CleanRun::finish(bool isStopped) {
     // Should the session's list not be written now, the next reader completes it: nothing is lost.
     if (session_) (void)with_.quarantine.finish(*session_);
-    if (!adminItems_.empty()) finishAsAdmin();
+    if (!adminItems_.empty()) finishAsAdmin(isStopped);
 }
 
 CleanReport CleanRun::report() const {

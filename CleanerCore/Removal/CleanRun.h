@@ -31,8 +31,9 @@ public:
 
     void handle(const ScanItem& item);
 
-    // What comes after all items: closes the quarantine session, then does root's share.
-    void finish();
+    // What comes after all items: closes the quarantine session, then does root's share. Nobody is asked for
+    // a password when the run `isStopped`: root's share waits in the queue.
+    void finish(bool isStopped);
 
     CleanReport report() const;
     const std::vector<AuditEntry>& entries() const { return entries_; }
@@ -48,7 +49,7 @@ private:
     Status beginSession();
     std::vector<ForeseenItem> foreseen() const;
     void tellFailure(const ScanItem& item, const char* action, const Failure& failure);
-    void finishAsAdmin();
+    void finishAsAdmin(bool isStopped);
     void enqueueForAdmin();
     void removeAsAdmin();
     void accountAsAdmin(const ScanItem& item, const std::string& path, const Shell::Result& result);

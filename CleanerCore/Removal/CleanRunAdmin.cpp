@@ -4,10 +4,10 @@
 
 namespace loftmere {
 
-void CleanRun::finishAsAdmin() {
+void CleanRun::finishAsAdmin(bool isStopped) {
     if (dryRun_) {
         for (const ScanItem& item : adminItems_) addBytes(report_.freedBytes, item.size);
-    } else if (with_.config.queueAdminRemovals) {
+    } else if (with_.config.queueAdminRemovals || isStopped) {
         enqueueForAdmin();
     } else {
         removeAsAdmin();
@@ -16,7 +16,7 @@ void CleanRun::finishAsAdmin() {
 
 void CleanRun::enqueueForAdmin() {
     with_.administration.queue->enqueue(adminItems_);
-    report_.deferredAdmin = static_cast<int>(adminItems_.size());
+    report_.deferredAdmin = static_cast<int64_t>(adminItems_.size());
     for (const ScanItem& item : adminItems_) {
         log("queued", item, item.path() ? *item.path() : item.title, true, "waiting for one password prompt");
     }

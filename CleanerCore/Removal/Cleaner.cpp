@@ -37,17 +37,19 @@ CleanPlan Cleaner::plan(const ScanItem& item, const TriggerSource& trigger,
 }
 
 CleanReport Cleaner::clean(const std::vector<ScanItem>& items, const TriggerSource& trigger, bool dryRun,
-                           std::optional<Disposal> disposalOverride, const Progress& progress) {
+                           std::optional<Disposal> disposalOverride, const Progress& progress,
+                           const IsStopped& isStopped) {
     const auto total = static_cast<int64_t>(items.size());
     CleanRun run({paths_, config_, planner_, quarantine_, administration_}, items, trigger, dryRun,
                  disposalOverride);
-    for (int64_t i = 0; i < total; ++i) {
-        if (progress) progress(i, total);
-        run.handle(items[static_cast<size_t>(i)]);
+    int64_t done = 0;
+    for (; done < total && !(isStopped && isStopped()); ++done) {
+        if (progress) progress(done, total);
+        run.handle(items[static_cast<size_t>(done)]);
     }
-    run.finish();
+    run.finish(done < total);
     if (!dryRun) audit_.append(run.entries());
-    if (progress) progress(total, total);
+    if (progress) progress(done, total);
     return run.report();
 }
 

@@ -28,9 +28,12 @@ public:
     // Called on the calling thread with the items done and all items.
     using Progress = std::function<void(int64_t done, int64_t total)>;
 
+    // Asked on the calling thread before each item; true leaves it and all that follow as they are.
+    using IsStopped = std::function<bool()>;
+
     // Who removes what needs root.
     struct Administration {
-        AdminQueue* queue;          // when removals are gathered for one prompt
+        AdminQueue* queue;          // where removals are gathered for one prompt; never null
         AdminQueue::Remover remove; // when they are not
     };
 
@@ -50,7 +53,7 @@ public:
     // gained.
     CleanReport clean(const std::vector<ScanItem>& items, const TriggerSource& trigger, bool dryRun = false,
                       std::optional<Disposal> disposalOverride = std::nullopt,
-                      const Progress& progress = nullptr);
+                      const Progress& progress = nullptr, const IsStopped& isStopped = nullptr);
 
     // Brings back a quarantine session, or those of its entries whose stored names are given, and logs it.
     // Fails when the session's list cannot be saved; nothing is logged then.

@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <limits>
+#include <new>
 
 namespace loftmere {
 
@@ -29,6 +30,26 @@ std::optional<int64_t> wholeNumber(const Json& json, int64_t low, int64_t high) 
     return value;
 }
 
+// What is nested deeper is nobody's file of ours; copying or comparing it would need as deep a stack.
+constexpr int deepestNesting = 256;
+
+bool isTooDeep(std::string_view text) {
+    int depth = 0;
+    bool isInString = false;
+    for (size_t i = 0; i < text.size(); ++i) {
+        const char c = text[i];
+        if (isInString && c == '\\')
+            ++i;
+        else if (c == '"')
+            isInString = !isInString;
+        else if (!isInString && (c == '[' || c == '{') && ++depth > deepestNesting)
+            return true;
+        else if (!isInString && (c == ']' || c == '}'))
+            --depth;
+    }
+    return false;
+}
+
 } // namespace
 
 Result<std::string> writeJson(const Json& value, JsonStyle style) {
@@ -40,9 +61,14 @@ Result<std::string> writeJson(const Json& value, JsonStyle style) {
 }
 
 std::optional<Json> parseJson(std::string_view text) {
-    Json value = Json::parse(text, nullptr, /*allow_exceptions=*/false);
-    if (value.is_discarded()) return std::nullopt;
-    return value;
+    if (isTooDeep(text)) return std::nullopt;
+    try {
+        Json value = Json::parse(text, nullptr, /*allow_exceptions=*/false);
+        if (value.is_discarded()) return std::nullopt;
+        return value;
+    } catch (const std::bad_alloc&) {
+        return std::nullopt;
+    }
 }
 
 Json JsonCodec<bool>::encode(const bool& value) {

@@ -25,7 +25,8 @@ template <class T> struct JsonCodec;
 enum class JsonStyle { compact, pretty };
 Result<std::string> writeJson(const Json& value, JsonStyle style);
 
-// The value of a JSON text, absent when it is malformed.
+// The value of a JSON text, absent when it is malformed, nested hundreds of levels deep or larger than the
+// memory there is.
 std::optional<Json> parseJson(std::string_view text);
 
 #define LOFTMERE_JSON_CODEC(Type)                                                                            \

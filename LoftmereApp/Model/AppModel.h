@@ -56,11 +56,13 @@ public:
     Published<std::vector<AuditEntry>> audit{*main_};           // the newest 300, newest first
     Published<int> pendingAdmin{*main_};                        // items that wait for administrator rights
     Published<int64_t> pendingAdminBytes{*main_};
+    Published<bool> agentInstalled{*main_}; // the background job's property list is there
     Published<bool> showOnboarding{*main_, false};
     Published<SidebarItem> section{*main_, SidebarItem::smartCare};
     Published<std::optional<std::string>> toast{*main_}; // the message of the moment
 
-    // Reads anew what is cheap to read: the volume's space, the administrator queue, quarantine and log.
+    // Reads anew what is cheap to read: the volume's space, the background job, the administrator queue,
+    // quarantine and log.
     void refreshBasics();
     void refreshSafety();     // `sessions` and `audit`
     void refreshAdminQueue(); // `pendingAdmin` and `pendingAdminBytes`
@@ -74,11 +76,14 @@ public:
     Task<CleanPreview> preview(std::vector<ScanItem> items, TriggerSource trigger) const;
 
     // Cleans the items. Those that did not fail leave `results` and `selected`, also when they were refused
-    // or put off; the report is kept and flashed.
-    Task<CleanReport> clean(std::vector<ScanItem> items, TriggerSource trigger);
+    // or put off; the report is kept and flashed. `isStopped` is asked before each item, on any thread; once
+    // it answers true the items that are left stay as and where they are.
+    Task<CleanReport> clean(std::vector<ScanItem> items, TriggerSource trigger,
+                            std::function<bool()> isStopped = nullptr);
 
     // Cleans what is ticked of the categories' results.
-    Task<CleanReport> cleanSelected(std::vector<CleanCategory> categories);
+    Task<CleanReport> cleanSelected(std::vector<CleanCategory> categories,
+                                    std::function<bool()> isStopped = nullptr);
 
     // Has root remove what is queued, with one prompt, and flashes the outcome.
     Task<AdminQueue::Outcome> flushAdminQueue();

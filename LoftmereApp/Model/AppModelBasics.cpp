@@ -11,6 +11,7 @@ constexpr double flashSeconds = 3.5;
 
 void AppModel::refreshBasics() {
     space = FS::volumeSpace(paths.home());
+    agentInstalled = FS::exists(paths.launchAgentPlist());
     refreshAdminQueue();
     refreshSafety();
 }

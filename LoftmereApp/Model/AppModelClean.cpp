@@ -20,20 +20,29 @@ Task<CleanPreview> AppModel::preview(std::vector<ScanItem> items, TriggerSource 
     });
 }
 
-Task<CleanReport> AppModel::clean(std::vector<ScanItem> items, TriggerSource trigger) {
+Task<CleanReport> AppModel::clean(std::vector<ScanItem> items, TriggerSource trigger,
+                                  std::function<bool()> isStopped) {
     if (items.empty()) co_return CleanReport{};
     const std::string key = "clean:" + newUUID().substr(0, 4);
     begin(key, fmt::format("Cleaning {} item(s)", items.size()));
     cleanProgress = 0;
 
-    const CleanReport report = co_await background(
-        [items, trigger, home = paths, settings = config.get(), progress = progressReporter()] {
+    const auto [report, count] = co_await background(
+        [items, trigger, home = paths, settings = config.get(), tell = progressReporter(), isStopped] {
             // Keeps the agent from starting a run meanwhile. A clean that the user asked for waits for
             // nobody.
             const auto lock = FileLock::acquire(home.lockFile());
-            return Cleaner(home, settings).clean(items, trigger, false, std::nullopt, progress);
+            int64_t handled = 0;
+            const auto progress = [&](int64_t done, int64_t total) {
+                handled = done;
+                tell(done, total);
+            };
+            CleanReport cleaned =
+                Cleaner(home, settings).clean(items, trigger, false, std::nullopt, progress, isStopped);
+            return std::pair(std::move(cleaned), handled);
         });
 
+    items.resize(static_cast<size_t>(count));
     forget(items, report);
     lastReport = report;
     end(key);
@@ -44,10 +53,11 @@ Task<CleanReport> AppModel::clean(std::vector<ScanItem> items, TriggerSource tri
     co_return report;
 }
 
-Task<CleanReport> AppModel::cleanSelected(std::vector<CleanCategory> categories) {
+Task<CleanReport> AppModel::cleanSelected(std::vector<CleanCategory> categories,
+                                          std::function<bool()> isStopped) {
     std::vector<ScanItem> ticked = items(categories);
     std::erase_if(ticked, [&](const ScanItem& item) { return !selected->contains(item.id); });
-    co_return co_await clean(std::move(ticked), ManualTrigger{});
+    co_return co_await clean(std::move(ticked), ManualTrigger{}, std::move(isStopped));
 }
 
 std::function<void(int64_t, int64_t)> AppModel::progressReporter() {

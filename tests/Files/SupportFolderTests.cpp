@@ -51,6 +51,7 @@ TEST(ConfigStore, ReadsOldNewAndBrokenFiles) {
         {R"({"staleProjectDays": 9)", {}},
         {"[]", {}},
         {"", {}},
+        {"{\"protectedPaths\": " + std::string(300'000, '['), {}},
     };
     const TemporaryHome home;
     const ConfigStore store(home.paths());

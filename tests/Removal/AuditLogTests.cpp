@@ -52,6 +52,9 @@ TEST(AuditLog, TellsTheNewestFirst) {
     log.append({entry("D", 4)});
     EXPECT_EQ(actionsOf(log.recent(3)), "D") << "the torn and the garbage line count";
     EXPECT_EQ(actionsOf(log.recent(9)), "DCBA");
+    const std::string deep = std::string(200'000, '[') + std::string(200'000, ']');
+    std::ofstream(home.at(logFile), std::ios::app) << R"({"trigger":{"manual":)" << deep << "}}\n";
+    EXPECT_EQ(actionsOf(log.recent(9)), "DCBA");
 }
 
 TEST(AuditLog, ReadsOverBlocks) {

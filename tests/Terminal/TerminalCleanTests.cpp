@@ -1,4 +1,5 @@
 #include "CleanerCore/Files/FS.h"
+#include "CleanerCore/Removal/AuditLog.h"
 #include "CleanerCore/Removal/Quarantine.h"
 #include "CleanerCore/Support/Json.h"
 #include "CleanerCore/Support/Text.h"
@@ -113,6 +114,18 @@ TEST_F(TerminalClean, AsksAPersonAndTakesNoForAnAnswer) {
         EXPECT_EQ(done.out.contains("Freed "), !stays);
         EXPECT_EQ(stands(".Trash/thrown.txt"), stays);
     }
+}
+
+TEST_F(TerminalClean, AnInterruptStopsBetweenTwoItemsAndTheLogTellsOfThoseBefore) {
+    constexpr size_t count = 20'000;
+    for (size_t i = 0; i < count; ++i) home.file(".Trash/" + std::to_string(i), "");
+    TerminalScreen screen(home.path(), {"clean", "trash", "--all", "--yes"}, 80);
+    screen.waitFor(" %  Cleaning");
+    screen.type("\x03");
+    EXPECT_EQ(screen.finish().status, 130);
+    const size_t left = FS::children(home.at(".Trash")).size();
+    EXPECT_GT(left, 0U);
+    EXPECT_EQ(AuditLog(home.paths()).recent(2 * count).size(), count + 1 - left);
 }
 
 TEST_F(TerminalClean, UndoBringsBackAndSessionsHistoryAndPurgeTellTheTruth) {

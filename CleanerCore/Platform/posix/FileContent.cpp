@@ -5,6 +5,7 @@
 #include "CleanerCore/Platform/posix/NoAccessDate.h"
 #include "CleanerCore/Support/PathText.h"
 
+#include <new>
 #include <random>
 
 namespace loftmere {
@@ -89,7 +90,11 @@ Result<std::string> readFile(const std::string& path, int64_t limit) {
     if (::fstat(fd.get(), &status) != 0) return failed(Failure::posix(errno, "read", path));
     if (!S_ISREG(status.st_mode)) return failed(Failure::posix(EINVAL, "read", path));
     if (status.st_size > limit) return failed(Failure::posix(EFBIG, "read", path));
-    return readAll(fd.get(), path, status.st_size, limit);
+    try {
+        return readAll(fd.get(), path, status.st_size, limit);
+    } catch (const std::bad_alloc&) {
+        return failed(Failure::posix(ENOMEM, "read", path));
+    }
 }
 
 Status replaceFile(const std::string& path, std::string_view content, uint32_t mode) {
