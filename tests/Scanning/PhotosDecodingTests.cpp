@@ -8,6 +8,7 @@
 #include <sys/stat.h>
 
 #include <bit>
+#include <filesystem>
 #include <random>
 
 using namespace loftmere;
@@ -76,6 +77,23 @@ std::string jpegOfSize(std::string jpeg, const char* frameMarker, uint32_t side)
     return jpeg;
 }
 
+// A grey picture of 16 by 16 pixels that names a colour profile of some length.
+std::string tiffWithProfile(uint32_t length) {
+    constexpr uint32_t data = 150;
+    const uint32_t tags[][3] = {{256, 4, 16},   {257, 4, 16}, {258, 4, 8},  {259, 4, 1},   {262, 4, 1},
+                                {273, 4, data}, {277, 4, 1},  {278, 4, 16}, {279, 4, 256}, {34675, 7, data}};
+    std::string tiff = std::string("MM\0*\0\0\0\x08\0\x0A", 10) + std::string(600, '\0');
+    size_t at = 10;
+    for (const auto& [tag, type, value] : tags) {
+        putBigEndian(tiff, at, 2, tag);
+        putBigEndian(tiff, at + 2, 2, type);
+        putBigEndian(tiff, at + 4, 4, type == 7 ? length : 1);
+        putBigEndian(tiff, at + 8, 4, value);
+        at += 12;
+    }
+    return tiff;
+}
+
 } // namespace
 
 TEST(PhotosDecoding, EveryKindShowsTheSameScene) {
@@ -108,6 +126,10 @@ TEST(PhotosDecoding, GoesByContentAndTakesOnlyPictures) {
     const test::TemporaryHome home;
     EXPECT_EQ(dHash(home.file("a.jpg", photoContent("color.png"))), dHash(photo("color.png")));
     EXPECT_EQ(dHash(home.file("b.png", photoContent("photo.jpg"))), dHash(photo("photo.jpg")));
+    for (const char* brand : {"heix", "hevc", "hevx", "hevm", "hevs", "mif1", "mif2", "miaf", "avis"}) {
+        const std::string heif = photoContent("photo.heic").replace(8, 4, brand);
+        EXPECT_EQ(dHash(home.file("c", heif)), dHash(photo("photo.heic"))) << brand;
+    }
     EXPECT_FALSE(dHash(home.file("empty.jpg", "")));
     EXPECT_FALSE(dHash(home.file("text.jpg", "no picture at all, but text")));
     EXPECT_FALSE(dHash(home.file("start.jpg", "\xFF\xD8\xFF")));
@@ -142,17 +164,34 @@ TEST(PhotosDecoding, SpoiltFilesDoNoHarmAndThoseCutShortAreNoPictures) {
 
 TEST(PhotosDecoding, VastPicturesAreRefused) {
     const test::TemporaryHome home;
-    const std::string bombs[] = {
-        pngOfSize(photoContent("color.png"), 60000),
-        pngOfSize(photoContent("interlaced.png"), 9000),
-        jpegOfSize(photoContent("photo.jpg"), "\xFF\xC0", 65500),
-        jpegOfSize(photoContent("progressive.jpg"), "\xFF\xC2", 65500),
-        jpegOfSize(photoContent("cmyk-progressive.jpg"), "\xFF\xC2", 65500),
+    const std::string endless = jpegOfSize(photoContent("photo.jpg"), "\xFF\xC0", 65500);
+    constexpr uint64_t gibi = uint64_t{1} << 30;
+    const struct {
+        std::string content;
+        uint64_t emptyBytes = 0; // that follow and take no room on disk
+    } bombs[] = {
+        {pngOfSize(photoContent("color.png"), 60000)},
+        {pngOfSize(photoContent("interlaced.png"), 9000)},
+        {endless},
+        {std::string(endless).replace(endless.find("\xFF\xC0"), 2, "\xFF\xC9")}, // bits without end
+        {jpegOfSize(photoContent("progressive.jpg"), "\xFF\xC2", 65500)},
+        {jpegOfSize(photoContent("cmyk-progressive.jpg"), "\xFF\xC2", 65500)},
+        {std::string("\xFF\xD8\xFF\xE0\0\4\0\0", 8), gibi / 2 - 8},
+        {"RIFF\xFF\xFF\xFF\x7FWEBPVP8 ", 3 * gibi},
+        {"GIF89a", 2 * gibi},
+        {tiffWithProfile(1'800'000'000), 2 * gibi},
     };
-    ASSERT_TRUE(dHash(photo("color.png"))); // whatever libvips takes once
+    ASSERT_TRUE(dHash(home.file("tiff", tiffWithProfile(8)))); // with whatever libvips takes once
     const int64_t before = peakMemory();
     const Date start = currentDate();
-    for (const std::string& bomb : bombs) EXPECT_FALSE(dHash(home.file("bomb", bomb)));
+    for (const auto& [content, emptyBytes] : bombs) {
+        const std::string bomb = home.file("bomb", content);
+        std::filesystem::resize_file(bomb, content.size() + emptyBytes);
+        EXPECT_FALSE(dHash(bomb)) << content.substr(0, 12);
+    }
+    const std::string profiled = home.file("profiled", tiffWithProfile(700'000'000));
+    std::filesystem::resize_file(profiled, 750'000'000);
+    EXPECT_TRUE(dHash(profiled)); // a picture nonetheless
     EXPECT_LT(secondsBetween(start, currentDate()), 2);
-    EXPECT_LT(peakMemory() - before, 64 << 20);
+    EXPECT_LT(peakMemory() - before, 96 << 20);
 }

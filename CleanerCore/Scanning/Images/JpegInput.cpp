@@ -26,9 +26,10 @@ JpegInput::JpegInput(const RegularFile& file, const FS::CancelCheck& isCancelled
 }
 
 bool JpegInput::refill() {
-    if (isCancelled_ && isCancelled_()) return false;
+    if (allowance_ <= 0 || isCancelled()) return false;
     const size_t got = file_.read(position_, std::as_writable_bytes(std::span(block_))).value_or(0);
     position_ += int64_t(got);
+    allowance_ -= int64_t(got);
     next_input_byte = block_.data();
     bytes_in_buffer = got;
     return got > 0;

@@ -23,7 +23,14 @@ public:
     JpegInput(const JpegInput&) = delete;
     JpegInput& operator=(const JpegInput&) = delete;
 
-    // The next byte; -1 at the end of the file, after a failure to read, and once cancelled.
+    // How many bytes may be read from now on, but for a block more, none until this is told; then the file
+    // counts as ended. libjpeg searches for the next marker as far as the file goes.
+    void allow(int64_t bytes) { allowance_ = bytes; }
+
+    bool isCancelled() const { return isCancelled_ && isCancelled_(); }
+
+    // The next byte; -1 at the end of the file or of what may be read, after a failure to read, and once
+    // cancelled.
     int next() {
         if (bytes_in_buffer == 0 && !refill()) return -1;
         --bytes_in_buffer;
@@ -46,6 +53,7 @@ private:
     const RegularFile& file_;
     const FS::CancelCheck& isCancelled_;
     int64_t position_ = 0;
+    int64_t allowance_ = 0;
     std::vector<uint8_t> block_;
 };
 

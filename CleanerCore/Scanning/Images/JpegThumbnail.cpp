@@ -25,6 +25,10 @@ constexpr std::string_view exifName{"Exif\0\0", 6};
 constexpr int64_t largestCoefficients = int64_t{128} << 20;
 constexpr int mostScans = 100;
 
+// What may be read to find a picture of any size, in a file that may be long but empty.
+constexpr int64_t largestFile = int64_t{512} << 20;
+constexpr int64_t mostBesidePicture = int64_t{32} << 20;
+
 struct ErrorManager : jpeg_error_mgr {
     std::jmp_buf escape;
 };
@@ -38,8 +42,11 @@ void leaveWhenCutShort(j_common_ptr decoder, int level) {
     if (level < 0 && decoder->err->msg_code == JWRN_HIT_MARKER) leave(decoder);
 }
 
-void stopEndlessScans(j_common_ptr decoder) {
-    if (reinterpret_cast<j_decompress_ptr>(decoder)->input_scan_number > mostScans) leave(decoder);
+// Asked for each row: a little data can stand for many of them, so that none is asked for meanwhile.
+void stopWhenCancelledOrEndless(j_common_ptr common) {
+    const auto* decoder = reinterpret_cast<j_decompress_ptr>(common);
+    const auto* input = static_cast<const JpegInput*>(decoder->src);
+    if (decoder->input_scan_number > mostScans || input->isCancelled()) leave(common);
 }
 
 // libjpeg, with its way of failing turned into answers.
@@ -50,18 +57,21 @@ public:
         errors_.error_exit = leave;
         errors_.emit_message = leaveWhenCutShort;
         errors_.output_message = [](j_common_ptr) {};
-        progress_.progress_monitor = stopEndlessScans;
+        progress_.progress_monitor = stopWhenCancelledOrEndless;
     }
     ~JpegDecoder() { jpeg_destroy_decompress(&decoder_); }
     JpegDecoder(const JpegDecoder&) = delete;
     JpegDecoder& operator=(const JpegDecoder&) = delete;
 
     std::optional<Thumbnail> read() {
+        input_.allow(mostBesidePicture);
         if (!guarded([&] { readHeader(); })) return std::nullopt;
+        const int64_t pixels = int64_t{decoder_.image_width} * decoder_.image_height;
+        if (pixels > mostPixels) return std::nullopt;
+        input_.allow(mostBesidePicture + 2 * pixels * decoder_.num_components);
         auto image = readImage();
         if (!image) return std::nullopt;
-        return Thumbnail{.image = turnedUpright(*image, orientation()),
-                         .pixelCount = int64_t{decoder_.image_width} * decoder_.image_height};
+        return Thumbnail{.image = turnedUpright(*image, orientation()), .pixelCount = pixels};
     }
 
 private:
@@ -150,6 +160,7 @@ private:
 } // namespace
 
 std::optional<Thumbnail> jpegThumbnail(const RegularFile& file, const FS::CancelCheck& isCancelled) {
+    if (file.size() > largestFile) return std::nullopt;
     JpegInput input(file, isCancelled);
     return JpegDecoder(input).read();
 }

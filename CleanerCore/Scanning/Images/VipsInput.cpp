@@ -1,5 +1,6 @@
 #include "CleanerCore/Scanning/Images/VipsInput.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdio>
 
@@ -20,8 +21,11 @@ VipsInput::~VipsInput() {
 
 gint64 VipsInput::read(VipsSourceCustom* /*source*/, void* buffer, gint64 length, VipsInput* input) {
     if (input->isCancelled_ && input->isCancelled_()) return -1;
-    const auto got = input->file_.read(input->position_, {static_cast<std::byte*>(buffer), size_t(length)});
-    if (!got) return -1;
+    // One byte more than allowed tells a file that goes on from one that ends.
+    const auto wanted = size_t(std::min<int64_t>(length, input->allowance_ + 1));
+    const auto got = input->file_.read(input->position_, {static_cast<std::byte*>(buffer), wanted});
+    if (!got || int64_t(*got) > input->allowance_) return -1;
+    input->allowance_ -= int64_t(*got);
     input->position_ += int64_t(*got);
     return gint64(*got);
 }

@@ -19,6 +19,10 @@ public:
     // Null when there is no memory for one. Must not be used by anyone after this object's end.
     VipsSource* source() const { return reinterpret_cast<VipsSource*>(source_); }
 
+    // How many bytes may be read from now on, none until this is told; to read more fails. The library
+    // believes whatever lengths a file names, and keeps as much of it in memory.
+    void allow(int64_t bytes) { allowance_ = bytes; }
+
 private:
     static gint64 read(VipsSourceCustom* source, void* buffer, gint64 length, VipsInput* input);
     static gint64 seek(VipsSourceCustom* source, gint64 offset, int whence, VipsInput* input);
@@ -27,6 +31,7 @@ private:
     const RegularFile& file_;
     const FS::CancelCheck& isCancelled_;
     int64_t position_ = 0;
+    int64_t allowance_ = 0;
     VipsSourceCustom* source_;
 };
 

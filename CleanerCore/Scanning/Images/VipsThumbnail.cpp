@@ -1,6 +1,7 @@
 #include "CleanerCore/Scanning/Images/VipsThumbnail.h"
 
 #include "CleanerCore/Scanning/Images/AreaReducer.h"
+#include "CleanerCore/Scanning/Images/DecodingTurn.h"
 #include "CleanerCore/Scanning/Images/Luma.h"
 #include "CleanerCore/Scanning/Images/Orientation.h"
 #include "CleanerCore/Scanning/Images/VipsInput.h"
@@ -14,13 +15,22 @@ namespace loftmere {
 
 namespace {
 
-// What is decoded at most, so that a small file that names a vast picture costs seconds and not the machine.
-// Pictures that come in rows need memory for a few of them only; others are held whole.
-constexpr int64_t mostPixels = 250'000'000;
+constexpr int64_t mebi = int64_t{1} << 20;
+
+// What is decoded at most, in bytes but for the pixels, so that a small file that names a vast picture, or is
+// long but empty, costs seconds and not the machine. Pictures that come in rows need memory for a few of them
+// only; others are held whole.
 constexpr int64_t mostPixelsHeld = 64'000'000;
-constexpr int64_t largestFileHeld = int64_t{256} << 20;
-constexpr int64_t longestRow = int64_t{4} << 20; // in bytes
-constexpr int64_t stripBytes = int64_t{1} << 20;
+constexpr int64_t largestPictureHeld = 320 * mebi;
+constexpr int64_t largestFileHeld = 128 * mebi;
+constexpr int64_t largestFile = 768 * mebi;
+constexpr int64_t mostBesidePicture = 64 * mebi; // profiles, previews, layers
+constexpr int64_t longestRow = 4 * mebi;
+constexpr int64_t stripBytes = mebi;
+
+// Whatever is larger is decoded one at a time; a camera's picture that is held takes some 40 MiB.
+constexpr int64_t largestFileAtOnce = 32 * mebi;
+constexpr int64_t largestPictureAtOnce = 80 * mebi;
 
 struct Loader {
     ImageKind kind;
@@ -55,8 +65,14 @@ public:
         : vips_(vips), file_(file), isCancelled_(isCancelled), input_(vips, file, isCancelled) {}
 
     std::optional<Thumbnail> read(const Loader& loader) {
+        const int64_t size = file_.size();
+        // To open a file that is held reads all of it into memory, and ends the program where there is none.
+        if (size > (loader.isHeldWhole ? largestFileHeld : largestFile)) return std::nullopt;
+        if (size > largestFileAtOnce && !turn_.take(isCancelled_)) return std::nullopt;
+        input_.allow(mostBesidePicture + (loader.isHeldWhole ? size : 0));
         const Image image = open(loader);
         if (!image || !isAffordable(*image, loader)) return std::nullopt;
+        input_.allow(mostBesidePicture + 2 * pictureBytes(*image));
         const Image plain = isPlain(*image) ? nullptr : converted(image.get());
         if (!isPlain(*image) && !plain) return std::nullopt;
         const auto grey = reduced(plain ? plain.get() : image.get());
@@ -80,12 +96,17 @@ private:
         return int64_t{image.Xsize} * image.Bands * int64_t(vips_.formatSizeof(image.BandFmt));
     }
 
-    bool isAffordable(const VipsImage& image, const Loader& loader) const {
+    int64_t pictureBytes(const VipsImage& image) const { return rowBytes(image) * image.Ysize; }
+
+    // Waits for the turn of a picture that is to be held.
+    bool isAffordable(const VipsImage& image, const Loader& loader) {
         const int64_t pixels = int64_t{image.Xsize} * image.Ysize;
         if (rowBytes(image) > longestRow) return false;
         if (!loader.isHeldWhole && vips_.imageGetTypeof(&image, "interlaced") == 0)
             return pixels <= mostPixels;
-        return pixels <= mostPixelsHeld && file_.size() <= largestFileHeld;
+        const int64_t bytes = pictureBytes(image);
+        if (pixels > mostPixelsHeld || bytes > largestPictureHeld) return false;
+        return bytes <= largestPictureAtOnce || turn_.take(isCancelled_);
     }
 
     // 16 bits, floating point, inks and the like as eight-bit colour.
@@ -125,6 +146,7 @@ private:
     const VipsLibrary& vips_;
     const RegularFile& file_;
     const FS::CancelCheck& isCancelled_;
+    DecodingTurn turn_;
     VipsInput input_;
 };
 
