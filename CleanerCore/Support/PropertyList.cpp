@@ -5,6 +5,9 @@
 
 #include <plist/plist.h>
 
+#include <bit>
+#include <chrono>
+#include <cmath>
 #include <cstdlib>
 #include <memory>
 
@@ -20,7 +23,7 @@ struct FreeMemory {
 };
 template <class T> using Allocated = std::unique_ptr<T, FreeMemory>;
 
-constexpr int64_t secondsFrom1970To2001 = 978307200;
+constexpr double secondsFrom1970To2001 = 978307200;
 
 PropertyList valueOf(plist_t node);
 
@@ -36,11 +39,22 @@ PropertyList::Data dataOf(plist_t node) {
     return data == nullptr ? PropertyList::Data{} : PropertyList::Data(data, data + length);
 }
 
-Date dateOf(plist_t node) {
-    int32_t seconds = 0;
-    int32_t microseconds = 0;
-    plist_get_date_val(node, &seconds, &microseconds);
-    return dateFrom({.tv_sec = secondsFrom1970To2001 + seconds, .tv_nsec = microseconds * 1000L});
+// The library's getter turns whatever lies more than 68 years from 2001 into one and the same date. What it
+// writes has the number itself: 8 bytes behind the header and a marker.
+PropertyList dateOf(plist_t node) {
+    constexpr size_t start = 9;
+    char* raw = nullptr;
+    uint32_t length = 0;
+    plist_to_bin(node, &raw, &length);
+    const Allocated<char> bytes(raw);
+    if (!bytes || length < start + 8) return {};
+    uint64_t bits = 0;
+    for (const char byte : std::string_view(raw + start, 8)) bits = bits << 8 | static_cast<uint8_t>(byte);
+    const double seconds = secondsFrom1970To2001 + std::bit_cast<double>(bits);
+    const bool isHeld = std::abs(seconds) < std::chrono::duration<double>(distantFuture - Date()).count();
+    const bool isRead = seconds != 0; // what the library cannot read in XML becomes 1970
+    if (!isHeld || !isRead) return {};
+    return {addSeconds(Date(), seconds)};
 }
 
 template <class T> T scalarOf(plist_t node, void (*get)(plist_t, T*)) {
@@ -84,7 +98,7 @@ PropertyList valueOf(plist_t node) {
     case PLIST_UINT: return {static_cast<int64_t>(scalarOf<uint64_t>(node, plist_get_uint_val))};
     case PLIST_REAL: return {scalarOf<double>(node, plist_get_real_val)};
     case PLIST_STRING: return {textOf(node)};
-    case PLIST_DATE: return {dateOf(node)};
+    case PLIST_DATE: return dateOf(node);
     case PLIST_DATA: return {dataOf(node)};
     case PLIST_ARRAY: return {arrayOf(node)};
     case PLIST_DICT: return {dictionaryOf(node)};
@@ -92,18 +106,29 @@ PropertyList valueOf(plist_t node) {
     }
 }
 
+// XML as the platform reads it: in UTF-8, with or without a byte-order mark, or in UTF-16 with one.
+plist_t parseXML(std::string_view bytes) {
+    constexpr std::string_view mark = "\xEF\xBB\xBF";
+    const auto converted = utf8FromUTF16(bytes);
+    if (converted) bytes = *converted;
+    if (bytes.starts_with(mark)) bytes.remove_prefix(mark.size());
+    plist_t top = nullptr;
+    if (PropertyListLimits::allowsXML(bytes)) {
+        plist_from_xml(bytes.data(), static_cast<uint32_t>(bytes.size()), &top);
+    }
+    return top;
+}
+
 } // namespace
 
 std::optional<PropertyList> PropertyList::parse(std::string_view bytes) {
     if (bytes.size() > PropertyListLimits::bytes) return std::nullopt;
     plist_t raw = nullptr;
-    const auto length = static_cast<uint32_t>(bytes.size());
     if (PropertyListLimits::isBinary(bytes)) {
         if (!PropertyListLimits::allowsBinary(bytes)) return std::nullopt;
-        plist_from_bin(bytes.data(), length, &raw);
+        plist_from_bin(bytes.data(), static_cast<uint32_t>(bytes.size()), &raw);
     } else {
-        if (!PropertyListLimits::allowsXML(bytes)) return std::nullopt;
-        plist_from_xml(bytes.data(), length, &raw);
+        raw = parseXML(bytes);
     }
     const std::unique_ptr<void, FreeNode> top(raw);
     if (!top) return std::nullopt;

@@ -20,12 +20,14 @@ struct PropertyList {
     using Array = std::vector<PropertyList>;
     using Dictionary = std::map<std::string, PropertyList, std::less<>>;
 
-    // std::monostate stands for the few kinds that nobody here asks for.
+    // std::monostate stands for the few kinds that nobody here asks for, and for a date that cannot be read
+    // or lies beyond what a Date can hold.
     std::variant<std::monostate, bool, int64_t, double, std::string, Date, Data, Array, Dictionary> value;
 
-    // The top value of a property list in either form, XML or binary. Absent when the bytes are damaged or
-    // hostile: longer than 16 MiB, nested deeper than 100 levels, or unfolding to far more than they take.
-    // Text is valid UTF-8. Any thread.
+    // The top value of a property list in either form, binary or XML; the latter in UTF-8 or, with a
+    // byte-order mark, in UTF-16. Absent when the bytes are damaged or hostile: longer than 64 MiB, nested
+    // deeper than 100 levels, or of so many values that they would take far more. Text is valid UTF-8. Any
+    // thread.
     static std::optional<PropertyList> parse(std::string_view bytes);
 
     // The value if it is of this kind, else null.

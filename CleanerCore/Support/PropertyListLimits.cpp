@@ -10,7 +10,7 @@ namespace loftmere::PropertyListLimits {
 namespace {
 
 constexpr size_t trailerSize = 32;
-constexpr size_t nodeCost = 64; // about what the library takes for a value of no length
+constexpr size_t nodeCost = 128; // about what the library takes for a value of no length
 
 // The objects of a binary property list, by the places that its offset table gives.
 class ObjectTable {
@@ -107,7 +107,8 @@ std::optional<size_t> ObjectTable::cost(uint64_t index, int depth) {
 std::optional<ObjectTable::Measure> ObjectTable::measure(const Object& object, int depth) {
     const bool isDictionary = object.kind == 0xD;
     const bool isArray = object.kind == 0xA || object.kind == 0xB || object.kind == 0xC;
-    if (!isDictionary && !isArray) return Measure{.cost = nodeCost + 3 * object.count};
+    const size_t unitCost = object.kind == 0x4 ? 1 : 3; // of data, and of text as UTF-8
+    if (!isDictionary && !isArray) return Measure{.cost = nodeCost + unitCost * object.count};
     Measure sum{.cost = nodeCost};
     const size_t references = object.count * (isDictionary ? 2 : 1);
     for (size_t i = 0; i < references; ++i) {
@@ -190,6 +191,7 @@ bool allowsBinary(std::string_view text) {
 bool allowsXML(std::string_view text) {
     if (text.find('\0') != std::string_view::npos || namesZero(text)) return false;
     int level = 0;
+    size_t cost = text.size();
     for (size_t at = text.find('<'); at < text.size(); at = text.find('<', at)) {
         if (const auto end = endOfTagless(text, at)) {
             at = *end;
@@ -198,7 +200,8 @@ bool allowsXML(std::string_view text) {
         const size_t end = std::min(text.find('>', at), text.size());
         const std::string_view tag = text.substr(at + 1, end - at - 1);
         level += depthChange(tag);
-        if (level < 0 || level > depth || mayHideTags(tag)) return false;
+        if (!tag.starts_with('/')) cost += nodeCost;
+        if (level < 0 || level > depth || mayHideTags(tag) || cost > unfoldedBytes) return false;
         at = end;
     }
     return true;

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 #include <unicode/ubrk.h>
 #include <unicode/uchar.h>
+#include <unicode/ucnv.h>
 #include <unicode/utext.h>
 #include <unicode/utf16.h>
 #include <unicode/utf8.h>
@@ -62,6 +63,19 @@ std::string repairedUTF8(std::string_view bytes) {
     std::string text;
     text.reserve(bytes.size());
     forEachCharacter(bytes, [&](UChar32 c, std::string_view raw) { text += c < 0 ? replacement : raw; });
+    return text;
+}
+
+std::optional<std::string> utf8FromUTF16(std::string_view bytes) {
+    constexpr size_t limit = size_t{1} << 30; // ICU counts in 32 bits
+    if (!bytes.starts_with("\xFE\xFF") && !bytes.starts_with("\xFF\xFE")) return std::nullopt;
+    if (bytes.size() > limit) return std::nullopt;
+    std::string text(bytes.size() / 2 * 3, '\0'); // no unit takes more than three bytes
+    UErrorCode error = U_ZERO_ERROR;
+    const int32_t length = ucnv_convert("UTF-8", "UTF-16", text.data(), static_cast<int32_t>(text.size()),
+                                        bytes.data(), static_cast<int32_t>(bytes.size()), &error);
+    if (U_FAILURE(error)) return std::nullopt;
+    text.resize(static_cast<size_t>(length));
     return text;
 }
 

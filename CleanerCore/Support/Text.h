@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -13,6 +14,10 @@ bool isValidUTF8(std::string_view bytes);
 
 // Every invalid sequence replaced by U+FFFD; valid text comes back unchanged.
 std::string repairedUTF8(std::string_view bytes);
+
+// The same text in UTF-8, if the bytes are UTF-16 that begins with its byte-order mark; the mark is left out,
+// and what is invalid becomes U+FFFD. Absent for other bytes and for more than 1 GiB.
+std::optional<std::string> utf8FromUTF16(std::string_view bytes);
 
 // Text from outside made safe to show on one line of a terminal or in a message: invalid UTF-8 repaired,
 // every control, line-breaking and direction-changing character replaced by a visible stand-in.

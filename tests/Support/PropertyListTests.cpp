@@ -3,6 +3,10 @@
 
 #include <gtest/gtest.h>
 
+#include <bit>
+#include <cmath>
+#include <filesystem>
+
 using namespace loftmere;
 using namespace std::string_literals;
 
@@ -51,8 +55,13 @@ std::string arrayOf(int count, int index) {
 } // namespace
 
 TEST(PropertyList, ReadsBothFormsAlike) {
-    for (const char* form : {"xml", "binary"}) {
-        const auto list = PropertyList::parse(fixture(form));
+    const std::string xml = fixture("xml");
+    std::string wide = "\xFF\xFE";
+    for (const char16_t unit : std::filesystem::path(xml).u16string()) {
+        wide += {static_cast<char>(unit), static_cast<char>(unit >> 8)};
+    }
+    for (const std::string& form : {xml, "\xEF\xBB\xBF" + xml, wide, fixture("binary")}) {
+        const auto list = PropertyList::parse(form);
         ASSERT_TRUE(list) << form;
         EXPECT_EQ(*list->at<std::string>("Device Name"), "Zoë’s 📱");
         EXPECT_EQ(list->at<std::string>("Long")->size(), 300U);
@@ -68,6 +77,17 @@ TEST(PropertyList, ReadsBothFormsAlike) {
         EXPECT_EQ(*values->at(3).as<bool>(), true);
         EXPECT_EQ(values->at(4).as<PropertyList::Data>()->size(), 2U);
     }
+}
+
+TEST(PropertyList, DatesAreRightOrAbsent) {
+    const std::pair<double, const char*> cases[] = {
+        {2208988800, "2071-01-01T00:00:00Z"}, {-3187296000, "1900-01-01T00:00:00Z"}, {1e300, ""}, {NAN, ""}};
+    for (const auto& [seconds, text] : cases) {
+        const auto list = PropertyList::parse(binary({"\x33" + number(std::bit_cast<uint64_t>(seconds))}));
+        const Date* date = list.value().as<Date>();
+        EXPECT_EQ(date == nullptr ? "" : toISO8601(*date), text) << seconds;
+    }
+    EXPECT_EQ(PropertyList::parse("<plist><date>rubbish</date></plist>").value().as<Date>(), nullptr);
 }
 
 TEST(PropertyList, DamagedInputIsAbsentOrAtLeastHarmless) {
@@ -108,5 +128,7 @@ TEST(PropertyList, HostileInputIsRefused) {
                                "<array><? > </array> ?>", "<array><!DOCTYPE x [ </array> ]>"}) {
         EXPECT_FALSE(PropertyList::parse("<plist>" + repeated(hidden, 100000))) << hidden;
     }
-    EXPECT_FALSE(PropertyList::parse("<plist><string>" + std::string(17 << 20, 'x') + "</string></plist>"));
+    EXPECT_FALSE(PropertyList::parse("<plist><string>" + std::string(64 << 20, 'x') + "</string></plist>"));
+    EXPECT_FALSE(PropertyList::parse("<plist><array>" + repeated("<true/>", 1 << 20) + "</array></plist>"));
+    EXPECT_TRUE(PropertyList::parse(binary({"\x4F\x12\x03"s + std::string((3 << 24) + 3, '\0')})));
 }

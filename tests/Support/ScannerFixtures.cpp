@@ -32,7 +32,7 @@ const ScannerFixture fixtures[] = {
      {{"Library/Developer/Xcode/iOS DeviceSupport/17.2/Symbols", 9000},
       {"Library/Developer/Xcode/iOS DeviceSupport/9.3/Symbols", 9000},
       {"Library/Developer/CoreSimulator/Caches/dyld/cache", 9000}},
-     "Library/Developer/CoreSimulator/Caches/dyld"},
+     "Library/Developer/Xcode/iOS DeviceSupport/9.3"},
     {projectArtifacts,
      {{"Projects/viewer/package.json", 2},
       {"Projects/viewer/node_modules/left/index.js", 700002},

@@ -51,12 +51,14 @@ std::vector<std::string> rootPaths(const std::optional<std::vector<std::string>>
 
 using FileGroup = std::vector<const ListedFile*>;
 
-// A sparse file can claim more than its disk holds, and reading what is not there could take years.
-bool endsInTime(const ListedFile& file) {
-    constexpr int64_t readInNoTime = int64_t{64} << 30;
-    if (file.size() <= readInNoTime) return true;
+// A sparse file can claim more than its disk holds, and reading what is not there could take years. Any other
+// is read whole, if it takes minutes: not every file system tells truly where the holes of a file are, and
+// what is taken for equal must be equal.
+bool fitsItsDisk(const ListedFile& file) {
+    constexpr int64_t readInSeconds = int64_t{4} << 30; // by far, so that a disk's answer does not matter
+    if (file.size() <= readInSeconds) return true;
     const auto space = FS::volumeSpace(file.path);
-    return space && file.size() <= space->total;
+    return !space || file.size() <= space->total;
 }
 
 // Those of one size, the groups with the most to read first so that no thread is left with a large one at the
@@ -66,7 +68,7 @@ std::vector<FileGroup> groupsOfOneSize(const std::vector<ListedFile>& files) {
     for (const ListedFile& file : files) bySize[file.size()].push_back(&file);
     std::vector<FileGroup> groups;
     for (auto& [size, group] : bySize) {
-        if (group.size() > 1 && endsInTime(*group.front())) groups.push_back(std::move(group));
+        if (group.size() > 1 && fitsItsDisk(*group.front())) groups.push_back(std::move(group));
     }
     std::ranges::stable_sort(groups, std::greater(), [](const FileGroup& group) {
         return static_cast<double>(group.size()) * static_cast<double>(group.front()->size());

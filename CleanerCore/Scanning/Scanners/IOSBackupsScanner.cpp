@@ -1,14 +1,17 @@
 #include "CleanerCore/Scanning/Scanners/IOSBackupsScanner.h"
 
 #include "CleanerCore/Files/FS.h"
-#include "CleanerCore/Platform/FileContent.h"
+#include "CleanerCore/Platform/RegularFile.h"
 #include "CleanerCore/Platform/User.h"
 #include "CleanerCore/Scanning/Scanners/PathFinding.h"
 #include "CleanerCore/Support/DateText.h"
 #include "CleanerCore/Support/PathText.h"
 #include "CleanerCore/Support/PropertyList.h"
+#include "CleanerCore/Support/PropertyListLimits.h"
 
 #include <fmt/format.h>
+
+#include <span>
 
 namespace loftmere {
 
@@ -20,10 +23,19 @@ struct Backup {
     std::optional<Date> date;
 };
 
+// What the backup says of itself; empty when it cannot be read. Whatever bears the name may stand there.
+std::string infoOf(const std::string& folder) {
+    const auto file = RegularFile::open(joinPath(folder, "Info.plist"));
+    const auto size = static_cast<size_t>(file ? file->size() : 0);
+    if (size == 0 || size > PropertyListLimits::bytes) return {};
+    std::string content(size, '\0');
+    content.resize(file->read(0, std::as_writable_bytes(std::span(content))).value_or(0));
+    return content;
+}
+
 Backup describe(const std::string& folder) {
     Backup backup{.name = lastPathComponent(folder), .date = FS::modificationDate(folder)};
-    const auto content = readFile(joinPath(folder, "Info.plist"), int64_t{16} << 20);
-    const auto info = content ? PropertyList::parse(*content) : std::nullopt;
+    const auto info = PropertyList::parse(infoOf(folder));
     if (!info) return backup;
     const auto* name = info->at<std::string>("Device Name");
     if (name == nullptr) name = info->at<std::string>("Display Name");
@@ -38,6 +50,7 @@ Result<std::vector<ScanItem>> IOSBackupsScanner::scan(const ScanContext& context
     const std::string root = context.lib("Application Support/MobileSync/Backup");
     std::vector<ScanItem> items;
     for (const DirectoryEntry& entry : FS::entries(root)) {
+        if (context.isCancelled()) break;
         if (entry.type != FileType::directory) continue;
         const std::string folder = joinPath(root, entry.name);
         const Backup backup = describe(folder);

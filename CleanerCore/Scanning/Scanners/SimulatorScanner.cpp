@@ -12,10 +12,14 @@
 
 #include <algorithm>
 #include <array>
+#include <set>
+#include <string_view>
 
 namespace loftmere {
 
 namespace {
+
+using namespace std::string_view_literals;
 
 using Items = std::vector<ScanItem>;
 
@@ -43,7 +47,7 @@ void findDeviceSupport(const ScanContext& context, const std::string& folder, It
         .risk = Risk::review,
         .reason = "Symbols for an older OS version; re-copied if you connect that device again"};
     const std::vector<std::string> versions = versionsIn(folder);
-    for (size_t i = 1; i < versions.size(); ++i) { // the newest is kept
+    for (size_t i = 1; i < versions.size() && !context.isCancelled(); ++i) { // the newest is kept
         const std::string path = joinPath(folder, versions[i]);
         context.report(symbols.category, path);
         if (FS::exists(path)) symbols.propose(context, path, items);
@@ -76,6 +80,23 @@ std::vector<std::string> deviceIdentifiers(const std::string& output) {
     return identifiers;
 }
 
+// Names one folder inside of another: what a tool prints must lead nowhere else.
+bool isPlainName(std::string_view name) {
+    return !name.empty() && name != "." && name != ".." && name.find_first_of("/\0"sv) == name.npos;
+}
+
+// What the simulators take on disk, each told of once.
+int64_t sizeOf(const ScanContext& context, const std::vector<std::string>& identifiers) {
+    const std::string devices = context.lib("Developer/CoreSimulator/Devices");
+    int64_t size = 0;
+    for (const std::string& identifier : std::set(identifiers.begin(), identifiers.end())) {
+        if (context.isCancelled()) break;
+        if (!isPlainName(identifier)) continue;
+        addBytes(size, FS::allocatedSize(joinPath(devices, identifier), context.isCancelled));
+    }
+    return size;
+}
+
 } // namespace
 
 Result<std::vector<ScanItem>> SimulatorScanner::scan(const ScanContext& context) const {
@@ -95,11 +116,8 @@ std::vector<ScanItem> SimulatorScanner::unavailableSimulators(const ScanContext&
     if (!answer.ok()) return {};
     const std::vector<std::string> identifiers = deviceIdentifiers(answer.out);
     if (identifiers.empty()) return {};
-    const std::string devices = context.lib("Developer/CoreSimulator/Devices");
-    int64_t size = 0;
-    for (const std::string& identifier : identifiers) {
-        addBytes(size, FS::allocatedSize(joinPath(devices, identifier)));
-    }
+    const int64_t size = sizeOf(context, identifiers);
+    if (context.isCancelled()) return {}; // a part of the size would be a wrong one
     return {ScanItem::make(
         {.title = fmt::format("{} unavailable simulator(s)", identifiers.size()),
          .target = CommandTarget{{.executable = "xcrun", .arguments = {"simctl", "delete", "unavailable"}}},

@@ -46,6 +46,7 @@ void findArchives(const ScanContext& context, const std::string& day, Date cutof
         .reason = fmt::format("Archive older than {} days. Needed only to symbolicate old crash reports.",
                               context.config.xcodeArchiveAgeDays)};
     for (const std::string& child : FS::children(day)) {
+        if (context.isCancelled()) break;
         if (pathExtension(child) != "xcarchive") continue;
         const auto modified = FS::modificationDate(child);
         if (!modified || *modified >= cutoff) continue;
@@ -63,6 +64,7 @@ Result<std::vector<ScanItem>> XcodeScanner::scan(const ScanContext& context) con
     const std::string archives = joinPath(base(context), "Archives");
     const Date cutoff = context.daysAgo(context.config.xcodeArchiveAgeDays);
     for (const DirectoryEntry& entry : FS::entries(archives)) {
+        if (context.isCancelled()) break;
         if (entry.type != FileType::directory) continue;
         findArchives(context, joinPath(archives, entry.name), cutoff, items);
     }

@@ -98,8 +98,11 @@ TEST(Simulators, UnavailableOnesAreTheToolsBusiness) {
     EXPECT_EQ(items[0].title, "3 unavailable simulator(s)");
     EXPECT_EQ(items[0].id, "cmd:xcrun simctl delete unavailable");
     EXPECT_EQ(items[0].size, 2 * 12288);
-    EXPECT_THAT(tools.calls("xcrun"),
+    ASSERT_THAT(tools.calls("xcrun"),
                 ElementsAre(ElementsAre("simctl", "list", "devices", "unavailable", "-j")));
+    tools.addPrinting("xcrun", R"({"devices": {"": [{"udid": "A"}, {"udid": "A"}, {"udid": ""}, {"udid": "."},
+        {"udid": ".."}, {"udid": "../.."}, {"udid": "..\u0000"}, {"udid": "A/data"}]}})");
+    EXPECT_EQ(SimulatorScanner().scan(context).value().at(0).size, 12288);
 }
 
 TEST(PackageCaches, ByTableSizeAndRisk) {

@@ -11,10 +11,15 @@
 #include "CleanerCore/Support/DateText.h"
 #include "tests/Support/ScannerFixtures.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
+#include <atomic>
 #include <cstdlib>
 #include <filesystem>
+#include <thread>
 
 using namespace loftmere;
 using testing::ElementsAre;
@@ -105,6 +110,21 @@ TEST(IOSBackups, TheirOwnWordsElseTheFolders) {
                   std::string("Device backup from ") + date + ". Keep at least one recent backup.");
         EXPECT_EQ(item.risk, Risk::caution);
     }
+}
+
+TEST(IOSBackups, WhoWaitsToWriteIntoAPipeGoesOnWaiting) {
+    const test::TemporaryHome home;
+    home.file(std::string(backups) + "piped/Manifest.db", "x");
+    const std::string pipe = home.at(backups) + "piped/Info.plist";
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    std::atomic<bool> released = false;
+    std::thread writer([&] { ::close(::open(pipe.c_str(), O_WRONLY)), released = true; });
+    const ScanContext context = test::scanContext(home, {.minItemAgeHours = 0});
+    for (int i = 0; i < 100; ++i) EXPECT_EQ(IOSBackupsScanner().scan(context).value().size(), 1U);
+    EXPECT_FALSE(released);
+    const int reader = ::open(pipe.c_str(), O_RDONLY | O_NONBLOCK);
+    writer.join();
+    ::close(reader);
 }
 
 TEST(Downloads, InstallersAndOldOnesShareOnlyDiscImages) {
