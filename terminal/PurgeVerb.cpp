@@ -11,18 +11,32 @@ namespace loftmere {
 
 namespace {
 
+// What stands for a session that cannot be read.
+std::optional<QuarantineSession> unreadableNamed(Session& session, const std::string& id) {
+    for (const std::string& name : unreadableSessions(session)) {
+        if (name != id && printable(name) != id) continue;
+        QuarantineSession unreadable;
+        unreadable.id = name;
+        return unreadable;
+    }
+    return std::nullopt;
+}
+
 ExitStatus purge(Session& session, const std::string& id) {
-    const auto found = sessionNamed(session, id);
+    const auto known = sessionNamed(session, id);
+    const auto unreadable = known ? std::nullopt : unreadableNamed(session, id);
+    const Result<QuarantineSession> found = unreadable ? *unreadable : known;
     const Status purged = found ? session.model().purge(*found) : Status(failed(found.error()));
     if (!purged) {
         session.console().say(printable(purged.error().message));
         return ExitStatus::failed;
     }
     if (session.json()) {
-        session.print({{"session", found->id}, {"freedBytes", found->totalSize()}});
+        session.print({{"session", found->id}, {"freedBytes", known ? Json(found->totalSize()) : Json()}});
     } else {
-        session.console().printLine(fmt::format("Purged session {}, {}", printable(found->id),
-                                                ByteFormat::string(found->totalSize())));
+        session.console().printLine(
+            fmt::format("Purged session {}, {}", printable(found->id),
+                        known ? ByteFormat::string(found->totalSize()) : "which could not be read"));
     }
     return ExitStatus::done;
 }

@@ -2,6 +2,7 @@
 #include "CleanerCore/Support/RecordCodec.h"
 #include "CleanerCore/Support/Text.h"
 #include "terminal/Rows.h"
+#include "terminal/SessionLookup.h"
 #include "terminal/Verbs.h"
 
 #include <CLI/CLI.hpp>
@@ -32,6 +33,7 @@ void printSession(Session& session, const QuarantineSession& one, bool full) {
 
 ExitStatus sessions(Session& session, bool full) {
     const auto& all = *session.model().sessions;
+    sayUnreadable(session);
     if (session.json()) {
         session.print(JsonCodec<std::vector<QuarantineSession>>::encode(all));
         return ExitStatus::done;

@@ -71,6 +71,7 @@ ExitStatus undo(Session& session, const UndoOptions& options) {
     const auto found = options.session.empty() ? newestHeld(session) : sessionNamed(session, options.session);
     if (!found) {
         session.console().say(found.error().message);
+        sayUnreadable(session);
         return ExitStatus::failed;
     }
     const auto wanted = wantedEntries(options, *found);

@@ -11,8 +11,10 @@ namespace loftmere {
 // A file of lines that only grows. Several processes may append to it at a time.
 class AppendFile {
 public:
-    // Makes the file when it is missing, with its parent folders. A link that stands there is not followed.
-    static Result<AppendFile> open(const std::string& path);
+    enum class FinalLink { refuse, follow };
+
+    // Makes the file when it is missing, with its parent folders. Fails for what is no regular file.
+    static Result<AppendFile> open(const std::string& path, FinalLink link);
 
     // Adds whole lines at the end in one write. A line that a crash has left torn is ended first, so that it
     // never swallows what comes after it. On failure a torn line may stay behind.

@@ -90,7 +90,7 @@ void AuditLog::append(const std::vector<AuditEntry>& entries) {
             lines += *line + "\n";
         }
     }
-    if (auto file = AppendFile::open(file_)) (void)file->append(lines);
+    if (auto file = AppendFile::open(file_, AppendFile::FinalLink::follow)) (void)file->append(lines);
 }
 
 std::vector<AuditEntry> AuditLog::recent(size_t limit) const {

@@ -16,7 +16,8 @@ class AuditLog {
 public:
     explicit AuditLog(const Paths& paths);
 
-    // Writes all entries in one go at the end of the file. An entry that cannot be encoded is left out.
+    // Writes all entries in one go at the end of the file, or of the one that a link leads to in its place.
+    // An entry that cannot be encoded is left out.
     void append(const std::vector<AuditEntry>& entries);
 
     // The entries of the last `limit` lines, newest first. A damaged line is passed over and still counts.

@@ -183,6 +183,7 @@ void CleanRun::fail(const ScanItem& item, const std::string& message) {
 
 void CleanRun::log(const char* action, const ScanItem& item, const std::string& target, bool success,
                    std::optional<std::string> message) {
+    if (message) message = repairedUTF8(*message);
     entries_.push_back({.id = newUUID(),
                         .date = currentDate(),
                         .action = action,

@@ -11,8 +11,8 @@ namespace loftmere {
 // says may be as old as itself: make a new one right before acting. One thread at a time.
 class LinkResolver {
 public:
-    // An absolute path with every symbolic link followed. What does not exist stays as it is written; a path
-    // that leads round in circles comes back unchanged.
+    // An absolute path with every symbolic link followed, one that leads to nothing too. What does not exist
+    // stays as it is written below there; a path that leads round in circles comes back unchanged.
     std::string resolve(const std::string& path);
 
 private:

@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <ctime>
+#include <tuple>
 
 namespace loftmere {
 
@@ -127,15 +128,35 @@ Result<std::vector<CleanFailure>> Quarantine::restore(const std::string& session
 }
 
 std::vector<QuarantineSession> Quarantine::sessions() const {
-    std::vector<QuarantineSession> all;
+    struct Found {
+        QuarantineSession session;
+        std::optional<Date> made;
+    };
+    std::vector<Found> found;
     for (const std::string& child : FS::children(paths_.quarantineDir())) {
         const auto folder = QuarantineFolder::open(paths_, lastPathComponent(child));
         if (!folder) continue;
         auto session = folder->read();
-        if (session && *session) all.push_back(std::move(**session));
+        if (session && *session) found.push_back({std::move(**session), folder->made()});
     }
-    std::ranges::sort(all, std::ranges::greater(), &QuarantineSession::createdAt);
+    // The manifest tells whole seconds, in which several cleans may begin.
+    std::ranges::sort(found, std::ranges::greater(), [](const Found& one) {
+        return std::tie(one.session.createdAt, one.made, one.session.id);
+    });
+    std::vector<QuarantineSession> all;
+    for (Found& one : found) all.push_back(std::move(one.session));
     return all;
+}
+
+std::vector<std::string> Quarantine::unreadable(const std::vector<QuarantineSession>& listed) const {
+    std::vector<std::string> names;
+    for (const DirectoryEntry& entry : FS::entries(paths_.quarantineDir())) {
+        if (entry.type != FileType::directory) continue;
+        const auto known = std::ranges::find(listed, entry.name, &QuarantineSession::id);
+        if (known == listed.end()) names.push_back(entry.name);
+    }
+    std::ranges::sort(names);
+    return names;
 }
 
 int64_t Quarantine::totalSize() const {

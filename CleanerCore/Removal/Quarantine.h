@@ -40,9 +40,10 @@ public:
     void foresee(const QuarantineSession& session, std::vector<ForeseenItem> items);
 
     // Moves the item and adds its entry to the session. Fails, with nothing moved, when the item is on
-    // another volume, when its name is not valid UTF-8, and when the file system refuses. The entry's path is
-    // `originalPath`, or the real one when the item could not be brought back to that one, because a link
-    // leads out of the home.
+    // another volume, when its name is not valid UTF-8, when the policy lets nothing be taken from there, so
+    // that it could not be brought back, and when the file system refuses. The entry's path is
+    // `originalPath`, or the real one when a link on the way to it leads elsewhere outside the home, as none
+    // is followed on the way back.
     Status add(const Place& place, const std::string& originalPath, int64_t size, CleanCategory category,
                QuarantineSession& session);
     Status add(const std::string& path, int64_t size, CleanCategory category, QuarantineSession& session);
@@ -58,13 +59,18 @@ public:
     Result<std::vector<CleanFailure>> restore(const std::string& sessionID,
                                               const std::optional<std::set<std::string>>& entryIDs);
 
-    // Those whose manifest can be read, newest first.
+    // Those whose manifest can be read, newest first; of one second, the one whose folder was made last.
     std::vector<QuarantineSession> sessions() const;
+
+    // The names of the other folders, those that `listed`, as `sessions` has answered it, lacks: their
+    // manifest or their journal cannot be read. `purge` takes them.
+    std::vector<std::string> unreadable(const std::vector<QuarantineSession>& listed) const;
 
     // The bytes of all entries that are still held.
     int64_t totalSize() const;
 
-    // Deletes a session with all it holds. Fails when another run is just writing it.
+    // Deletes a session with all it holds, whether or not it can be read. Fails when another run is just
+    // writing it.
     Status purge(const std::string& sessionID);
 
     // Purges what has expired by `now`, and folders without a manifest that nobody has touched for a day.

@@ -40,6 +40,11 @@ Failure invalidID(const std::string& sessionID) {
     return saying("{} is not the name of a quarantine session", sessionID);
 }
 
+Failure noWayBack(const std::string& path, const std::string& reason) {
+    return Failure::saying(
+        fmt::format("{} could not be brought back from quarantine: {}", printable(path), reason));
+}
+
 Failure unsafePlace(const std::string& path, const std::string& reason) {
     return Failure::saying(fmt::format("{} cannot be restored: {}", printable(path), reason));
 }

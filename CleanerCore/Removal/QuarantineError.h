@@ -20,6 +20,9 @@ Failure inUse(const std::string& sessionID);
 // A session's id that could lead out of the quarantine.
 Failure invalidID(const std::string& sessionID);
 
+// The policy lets nothing be taken from there, so nothing would be restored to it either.
+Failure noWayBack(const std::string& path, const std::string& reason);
+
 // The place that the manifest names is none where the item can have stood.
 Failure unsafePlace(const std::string& path, const std::string& reason);
 

@@ -40,7 +40,9 @@ Result<QuarantineFolder> QuarantineFolder::open(const Paths& paths, const std::s
     auto items = folder->below("0");
     if (items) return QuarantineFolder(std::move(*place), std::move(*items));
     // A folder without items holds nothing, but it is one.
-    if (items.error().code == ENOENT) return QuarantineFolder(std::move(*place), std::nullopt);
+    const int error = items.error().code;
+    if (error == ENOENT || error == ENOTDIR || error == ELOOP)
+        return QuarantineFolder(std::move(*place), std::nullopt);
     return failed(std::move(items.error()));
 }
 
@@ -61,6 +63,11 @@ Result<FileLock> QuarantineFolder::lock() const {
     return lock;
 }
 
+std::optional<Date> QuarantineFolder::made() const {
+    const auto status = place_.status();
+    return status ? status->created : std::nullopt;
+}
+
 std::string QuarantineFolder::journal() const {
     return joinPath(place_.realPath(), QuarantineJournal::fileName);
 }
@@ -72,7 +79,8 @@ std::optional<Place> QuarantineFolder::item(const std::string& storedName) const
 
 bool QuarantineFolder::isAbsent(const std::string& storedName) const {
     const auto stored = item(storedName);
-    if (!stored) return true;
+    // What stands in place of the items may be put right again, and they with it.
+    if (!stored) return !isEntryName(storedName) || !FS::exists(joinPath(place_.realPath(), itemsName));
     const auto status = stored->status();
     return !status && status.error() == ENOENT;
 }
@@ -107,7 +115,7 @@ Status QuarantineFolder::save(const QuarantineSession& session) const {
 
 Result<AppendFile> QuarantineFolder::openJournal() const {
     const bool isNew = !hasJournal();
-    auto file = AppendFile::open(journal());
+    auto file = AppendFile::open(journal(), AppendFile::FinalLink::refuse);
     if (!file || !isNew) return file;
     if (auto inner = place_.below("0")) (void)inner->sync();
     return file;

@@ -25,8 +25,13 @@ public:
     // Fails while another run holds it.
     Result<FileLock> lock() const;
 
+    // When the folder was made: nothing that is done with it later changes that. Absent where the file system
+    // does not keep it.
+    std::optional<Date> made() const;
+
     // Where an item stands, or will stand, under its stored name. Absent when the name could lead elsewhere,
-    // or when the folder has no items at all.
+    // or when the folder has no items at all;
+    // a link or a file in their place holds none.
     std::optional<Place> item(const std::string& storedName) const;
 
     // Whether certainly nothing is stored under the name; what cannot be looked at may be there.

@@ -10,7 +10,7 @@ namespace loftmere {
 
 QuarantineRestore::QuarantineRestore(const Paths& paths, const QuarantineFolder& folder,
                                      QuarantineSession session)
-    : paths_(paths), folder_(folder), reserve_(paths), session_(std::move(session)) {}
+    : paths_(paths), folder_(folder), policy_(paths, {}), reserve_(paths), session_(std::move(session)) {}
 
 Result<std::vector<CleanFailure>>
 QuarantineRestore::run(const std::optional<std::set<std::string>>& entryIDs) {
@@ -58,7 +58,7 @@ Status QuarantineRestore::moveBack(const QuarantineEntry& entry) const {
     if (!stored || folder_.isAbsent(entry.storedName)) {
         return failed(QuarantineError::missing(folder_.itemPath(entry.storedName)));
     }
-    const auto destination = RestoreDestination::open(paths_, entry.originalPath);
+    const auto destination = RestoreDestination::open(paths_, policy_, entry.originalPath);
     if (!destination) return failed(destination.error());
     if (destination->isTaken()) return failed(QuarantineError::destinationExists(entry.originalPath));
     const auto place = destination->make();

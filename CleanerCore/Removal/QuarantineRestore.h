@@ -3,6 +3,7 @@
 #include "CleanerCore/Files/Paths.h"
 #include "CleanerCore/Records/CleanReport.h"
 #include "CleanerCore/Removal/QuarantineFolder.h"
+#include "CleanerCore/Removal/SafetyPolicy.h"
 #include "CleanerCore/Removal/SpaceReserve.h"
 
 #include <optional>
@@ -27,6 +28,7 @@ private:
 
     const Paths& paths_;
     const QuarantineFolder& folder_;
+    const SafetyPolicy policy_; // without the user's own rules
     SpaceReserve reserve_;
     QuarantineSession session_;
 };

@@ -29,7 +29,8 @@ std::string storedNameOf(size_t count, const std::string& name) {
 }
 
 QuarantineWriter::QuarantineWriter(const Paths& paths, QuarantineFolder folder, FileLock lock)
-    : reserve_(paths),
+    : policy_(paths, {}),
+      reserve_(paths),
       folder_(std::move(folder)),
       lock_(std::move(lock)),
       nextSave_(firstSave),
@@ -61,6 +62,9 @@ Status QuarantineWriter::add(const Place& place, QuarantineEntry entry, Quaranti
     if (!isValidUTF8(entry.originalPath) || !isValidUTF8(place.name())) {
         return failed(QuarantineError::unreadableName(entry.originalPath));
     }
+    const auto verdict = policy_.check(entry.originalPath, place);
+    if (const auto* blocked = std::get_if<SafetyPolicy::Blocked>(&verdict))
+        return failed(QuarantineError::noWayBack(entry.originalPath, blocked->reason));
     entry.storedName = storedNameOf(count_, lastPathComponent(entry.originalPath));
     const auto stored = folder_.item(entry.storedName);
     if (!stored) return failed(QuarantineError::missing(folder_.itemPath(entry.storedName)));

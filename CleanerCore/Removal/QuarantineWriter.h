@@ -3,6 +3,7 @@
 #include "CleanerCore/Platform/AppendFile.h"
 #include "CleanerCore/Platform/FileLock.h"
 #include "CleanerCore/Removal/QuarantineFolder.h"
+#include "CleanerCore/Removal/SafetyPolicy.h"
 #include "CleanerCore/Removal/SpaceReserve.h"
 
 #include <cstddef>
@@ -49,6 +50,7 @@ private:
     Status openJournal();
     void saveNowAndThen(const QuarantineSession& session);
 
+    SafetyPolicy policy_; // without the user's own rules
     SpaceReserve reserve_;
     QuarantineFolder folder_;
     FileLock lock_;

@@ -2,6 +2,7 @@
 
 #include "CleanerCore/Files/Paths.h"
 #include "CleanerCore/Platform/Place.h"
+#include "CleanerCore/Removal/SafetyPolicy.h"
 #include "CleanerCore/Support/Result.h"
 
 #include <string>
@@ -13,9 +14,11 @@ namespace loftmere {
 class RestoreDestination {
 public:
     // Creates nothing. Fails for a place where no item can have stood before it was quarantined: a path that
-    // is not absolute and plain, one inside the program's own folder, and one whose way runs through a link
-    // that leads out of the home folder.
-    static Result<RestoreDestination> open(const Paths& paths, const std::string& originalPath);
+    // is not absolute and plain, one inside the program's own folder, one whose way runs through a link that
+    // leads out of the home folder, and one from which the policy lets nothing be taken, as written or where
+    // it really leads. The user's own rules have no place in `policy`: they may be younger than the session.
+    static Result<RestoreDestination> open(const Paths& paths, const SafetyPolicy& policy,
+                                           const std::string& originalPath);
 
     // Something stands there; a dangling link does.
     bool isTaken() const;

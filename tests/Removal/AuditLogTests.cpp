@@ -57,6 +57,14 @@ TEST(AuditLog, TellsTheNewestFirst) {
     EXPECT_EQ(actionsOf(log.recent(9)), "DCBA");
 }
 
+TEST(AuditLog, GrowsWhereALinkLeads) {
+    const TemporaryHome home;
+    home.link(logFile, home.folder("elsewhere") + "/log");
+    AuditLog(home.paths()).append({entry("A", 1)});
+    EXPECT_EQ(actionsOf(AuditLog(home.paths()).recent(5)), "A");
+    EXPECT_TRUE(readFile(home.at("elsewhere/log")));
+}
+
 TEST(AuditLog, ReadsOverBlocks) {
     const TemporaryHome home;
     AuditLog log(home.paths());

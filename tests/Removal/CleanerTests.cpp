@@ -182,7 +182,7 @@ TEST_F(CleanerTest, SaysWhatItDid) {
         {cloud, "trash yes -"},
         {PathTarget{home_.at("none")}, "gone yes already gone"},
         {PathTarget{home_.path() + "/" + std::string(300, 'n')}, "skip no " + unreadable, unreadable},
-        {CommandTarget{{"broken", {"-x"}}}, "command no broken -x", "exit 3"},
+        {CommandTarget{{"broken", {"-\xff"}}}, "command no broken -\uFFFD", "exit 3"},
         {CommandTarget{{"loud", {}}}, "command no loud", "no disk"},
         {EvictTarget{home_.at("x")}, "evict no " + notInCloud, notInCloud},
     };

@@ -152,7 +152,8 @@ Operation cleanAs(Disposal disposal) {
 }
 
 void moveBack(const std::string& home) {
-    const auto destination = RestoreDestination::open(Paths(home), home + "/parent/deeper/back");
+    const auto destination =
+        RestoreDestination::open(Paths(home), SafetyPolicy(Paths(home), {}), home + "/parent/deeper/back");
     const auto place = destination ? destination->make() : failed(destination.error());
     if (place && moveItem(*Place::open(home + "/stored"), *place)) (void)removeItem(*place);
 }

@@ -7,9 +7,11 @@
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
+#include <sys/stat.h>
 
 #include <filesystem>
 #include <fstream>
+#include <thread>
 
 using namespace loftmere;
 using test::TemporaryHome;
@@ -148,6 +150,7 @@ TEST_F(QuarantineTest, HostileManifestsReachNothing) {
     home.link("way-out", outside.path());
     home.link("way-in", home.folder("inner"));
     home.link("dangling", outside.at("missing"));
+    home.link("way-to-keys", home.folder(".gnupg"));
     const struct {
         std::string storedName, originalPath, message;
     } cases[] = {
@@ -161,10 +164,17 @@ TEST_F(QuarantineTest, HostileManifestsReachNothing) {
         {"0-a", "/", "not a plain full path"},
         {"0-a", inRoot("new/manifest.json"), "own folder"},
         {"0-a", home.at("way-out/new"), "link that leads elsewhere"},
-        {"0-a", home.at("dangling/new"), "Not a directory"},
+        {"0-a", home.at("dangling/new"), "leads outside your home folder"},
         {"0-a", home.at("way-out"), "already exists"},
         {"0-a", home.at("dangling"), "already exists"},
         {"0-a", home.at("way-in/deeper/back"), ""},
+        {"0-a", home.at(".ssh/authorized_keys"), "ever quarantined from there (Protected personal data)"},
+        {"0-a", home.at(".zshrc"), "Protected personal data"},
+        {"0-a", home.at("Library/Keychains/login.keychain-db"), "Protected personal data"},
+        {"0-a", home.at("Downloads"), "Top-level folder"},
+        {"0-a", home.at("way-to-keys/new"), "Protected personal data"},
+        {"0-a", outside.at("sub/evil"), "ever quarantined from there (Outside allowed locations)"},
+        {"0-a", home.at("Library/CloudStorage/Dropbox/back"), ""},
     };
     for (const auto& [storedName, originalPath, message] : cases) {
         session = {"hostile", start, start, ManualTrigger{}, {{originalPath, storedName, 1}}};
@@ -177,6 +187,7 @@ TEST_F(QuarantineTest, HostileManifestsReachNothing) {
         EXPECT_EQ(test::filesBelow(outside.path()), "victim=kept\n") << originalPath;
     }
     EXPECT_TRUE(fs::exists(home.at("inner/deeper/back")));
+    EXPECT_FALSE(fs::exists(home.at(".ssh")) || fs::exists(home.at("Library/Keychains")));
     for (const char* id : {"", ".", "..", "../Quarantine", "/etc"}) {
         EXPECT_THAT(messagesOf(quarantine.restore(id, std::nullopt)), ElementsAre(HasSubstr("not the name")));
         EXPECT_FALSE(quarantine.purge(id));
@@ -202,14 +213,72 @@ TEST(Quarantine, KeepsWhatItsListDoesNotTell) {
     }
 }
 
-TEST_F(QuarantineTest, BringsBackWhatWasReachedByALinkOutOfTheHome) {
+TEST_F(QuarantineTest, TakesNothingThatItWouldNotBringBack) {
     const TemporaryHome elsewhere;
     elsewhere.file("Downloads/a", "a");
     home.link("Downloads", elsewhere.at("Downloads"));
     begin();
-    ASSERT_TRUE(add(home.at("Downloads/a")));
-    EXPECT_THAT(restore(), ElementsAre());
+    EXPECT_THAT(add(home.at("Downloads/a")).error().message, HasSubstr("could not be brought back"));
+    EXPECT_THAT(add(home.file(".ssh/id", "key")).error().message, HasSubstr("Protected personal data"));
+    EXPECT_TRUE(fs::exists(home.at(".ssh/id")));
     EXPECT_EQ(test::filesBelow(elsewhere.path()), "Downloads/a=a\n");
+}
+
+TEST_F(QuarantineTest, BringsBackToAHomeThatIsReachedByALink) {
+    const TemporaryHome elsewhere;
+    const Paths linked(elsewhere.link("linked", home.path()));
+    Quarantine store(linked);
+    session = *store.beginSession(ManualTrigger{}, 7, start);
+    const std::string path = home.file("new/a", "a");
+    ASSERT_TRUE(store.add(linked.home() + "/new/a", 1, CleanCategory::logs, session));
+    fs::remove(home.at("new"));
+    EXPECT_THAT(messagesOf(store.restore(session.id, std::nullopt)), ElementsAre());
+    EXPECT_TRUE(fs::exists(path));
+}
+
+TEST_F(QuarantineTest, ListsSessionsOfOneSecondInTheOrderOfTheirMaking) {
+    if (!linkStatus(home.path())->created) GTEST_SKIP() << "needs a file system that keeps such dates";
+    std::vector<std::string> made;
+    for (int i = 0; i < 6; ++i) {
+        begin();
+        made.insert(made.begin(), session.id);
+        for (const char* name : {"a", "b"}) ASSERT_TRUE(add(home.file(session.id + name, "x")));
+        ASSERT_TRUE(quarantine.finish(session));
+        std::this_thread::sleep_for(
+            std::chrono::milliseconds(20)); // the clock of some file systems is coarse
+    }
+    session.id = made.back();
+    EXPECT_THAT(restore(std::set<std::string>{"0-a"}), ElementsAre());
+    std::vector<std::string> listed;
+    for (const QuarantineSession& each : quarantine.sessions()) listed.push_back(each.id);
+    EXPECT_EQ(listed, made);
+}
+
+TEST_F(QuarantineTest, PurgesWhatCannotBeRead) {
+    const auto put = [&](const std::string& name) { return inRoot(name); };
+    home.file(put("damaged/manifest.json"), "{");
+    home.file(put("short/manifest.json"), R"({"createdAt":"x"})");
+    home.folder(put("pipe"));
+    ASSERT_EQ(::mkfifo(put("pipe/manifest.json").c_str(), 0600), 0);
+    for (const char* name : {"journal", "linked"}) {
+        session = {name, start, start, ManualTrigger{}, {{home.at("a"), "0-a", 1}}};
+        ASSERT_TRUE(JSONStore::save(session, put(std::string(name) + "/manifest.json")));
+    }
+    ASSERT_EQ(::mkfifo(put("journal/journal.jsonl").c_str(), 0600), 0);
+    const TemporaryHome outside;
+    outside.file("0-a", "kept");
+    home.link(put("linked/items"), outside.path());
+    home.file(put("no folder"), "");
+    session.id = "linked";
+    EXPECT_THAT(restore(), ElementsAre(HasSubstr("Quarantined copy is missing")));
+    const auto listed = quarantine.sessions();
+    ASSERT_EQ(listed.size(), 1);
+    const auto unreadable = quarantine.unreadable(listed);
+    EXPECT_THAT(unreadable, ElementsAre("damaged", "journal", "pipe", "short"));
+    for (const std::string& name : unreadable) EXPECT_TRUE(quarantine.purge(name)) << name;
+    EXPECT_EQ(quarantine.purgeExpired(start), 1);
+    EXPECT_EQ(test::filesBelow(home.at(root)), "no folder=\n");
+    EXPECT_EQ(test::filesBelow(outside.path()), "0-a=kept\n");
 }
 
 TEST_F(QuarantineTest, MovesAndDeletesOnAFullDisk) {

@@ -169,6 +169,15 @@ TEST_F(TerminalClean, UndoBringsBackAndSessionsHistoryAndPurgeTellTheTruth) {
     EXPECT_EQ(run({"history", "--limit", "0"}).status, 0);
 }
 
+TEST_F(TerminalClean, SessionsThatCannotBeReadAreNamedAndPurged) {
+    home.file("Library/Application Support/Ostrel Loftmere/Quarantine/damaged/manifest.json", "{");
+    for (const char* verb : {"sessions", "undo"})
+        EXPECT_THAT(run({verb}).err, HasSubstr("cannot be read: damaged in ~/Library")) << verb;
+    EXPECT_EQ(run({"purge", "damaged"}).out, "Purged session damaged, which could not be read\n");
+    EXPECT_EQ(run({"sessions"}).err, "");
+    EXPECT_EQ(run({"purge", ".."}).status, 1);
+}
+
 TEST_F(TerminalClean, CheckTellsTheVerdictInWordsAndByName) {
     const auto told = run({"check", "~/Library/Caches/x", "~/.ssh", "/Library/Caches/x"});
     EXPECT_EQ(told.status, 0);

@@ -1,20 +1,26 @@
 #include "CleanerCore/Platform/AppendFile.h"
 
 #include "CleanerCore/Platform/FileContent.h"
+#include "CleanerCore/Platform/FileStatus.h"
 #include "CleanerCore/Platform/posix/Calls.h"
 #include "CleanerCore/Platform/posix/FolderAccess.h"
 #include "CleanerCore/Support/PathText.h"
+#include "CleanerCore/Support/Text.h"
 
 namespace loftmere {
 
-Result<AppendFile> AppendFile::open(const std::string& path) {
-    constexpr int flags = O_RDWR | O_APPEND | O_CREAT | O_NOFOLLOW | O_NONBLOCK;
+Result<AppendFile> AppendFile::open(const std::string& path, FinalLink link) {
+    const int flags = O_RDWR | O_APPEND | O_CREAT | O_NONBLOCK | (link == FinalLink::refuse ? O_NOFOLLOW : 0);
     FileDescriptor fd(calls::open(AT_FDCWD, path.c_str(), flags, 0644));
     if (!fd && errno == ENOENT) {
         if (auto made = createDirectories(parentPath(path)); !made) return failed(std::move(made.error()));
         fd = FileDescriptor(calls::open(AT_FDCWD, path.c_str(), flags, 0644));
     }
     if (!fd) return failed(Failure::posix(errno, "write", path));
+    const auto status = descriptorStatus(fd.get());
+    if (!status) return failed(Failure::posix(status.error(), "write", path));
+    if (status->type != FileType::regular)
+        return failed(Failure::saying("Could not write " + printable(path) + ": it is no regular file"));
     return AppendFile(std::move(fd), path);
 }
 

@@ -2,6 +2,7 @@
 
 #include "CleanerCore/Platform/posix/Calls.h"
 #include "CleanerCore/Support/PathText.h"
+#include "CleanerCore/Support/Text.h"
 
 #include <fmt/format.h>
 
@@ -256,7 +257,7 @@ void TreeRemoval::fail(const DoomedFolder* folder, const std::string& name, int 
     const std::string path = pathOf(folder, name);
     firstFailure_ = Failure::posix(error, "delete", path);
     if (error == EXDEV)
-        firstFailure_->message = "Could not delete " + path + ": another volume is mounted there";
+        firstFailure_->message = "Could not delete " + printable(path) + ": another volume is mounted there";
 }
 
 } // namespace loftmere
