@@ -4,6 +4,7 @@
 #include "CleanerCore/Support/ByteFormat.h"
 #include "CleanerCore/Support/Text.h"
 #include "terminal/Rows.h"
+#include "terminal/SessionLookup.h"
 
 #include <fmt/format.h>
 
@@ -28,6 +29,13 @@ std::string nameOf(const std::string& itemID, std::span<const ScanItem> items) {
     const auto item = std::ranges::find(items, itemID, &ScanItem::id);
     if (item == items.end()) return itemID;
     return item->anyPath() != nullptr ? *item->anyPath() : item->title;
+}
+
+// A clean may begin a session and then find nothing that can go there.
+bool canBeUndone(Session& session, const CleanReport& report) {
+    if (!report.quarantineSessionID) return false;
+    const auto held = sessionNamed(session, *report.quarantineSessionID);
+    return held && held->activeCount() > 0;
 }
 
 } // namespace
@@ -55,7 +63,7 @@ void printCleanReport(Session& session, const std::vector<ScanItem>& items, cons
     console.printLine(console.paint(Ink::bold, summaryOf(items, report, dryRun)));
     if (dryRun) return console.printLine("Nothing was changed.");
     if (items.empty()) return;
-    if (report.quarantineSessionID)
+    if (canBeUndone(session, report))
         console.printLine(fmt::format("Undo with: loftmere undo {}", printable(*report.quarantineSessionID)));
     if (const auto& space = *session.model().space)
         console.printLine(

@@ -40,13 +40,15 @@ public:
         tellScanErrors(categories);
         tick(categories);
         const CleanPreview preview = look();
-        if (!session_.json()) printPreview(session_, items_, preview, options_.full);
+        show(preview);
         if (options_.dryRun) {
+            if (!preview.report.failures.empty()) status_ = ExitStatus::failed;
             answer(preview.report, true);
-        } else if (items_.empty() || agrees(preview)) {
+        } else if (!mustAsk() || agrees(preview)) {
             clean(categories);
         } else {
             session_.console().say("nothing was changed");
+            if (session_.json()) answer(CleanReport{}, false);
         }
         return status_;
     }
@@ -84,8 +86,18 @@ private:
         return preview.value();
     }
 
+    // Nobody is asked to agree to what was not shown, also where standard output is for data alone.
+    void show(const CleanPreview& preview) {
+        if (!session_.json()) return printPreview(session_, items_, preview, options_.full);
+        if (!mustAsk()) return;
+        session_.console().printTo(Output::person);
+        printPreview(session_, items_, preview, options_.full);
+        session_.console().printTo(Output::data);
+    }
+
+    bool mustAsk() const { return !options_.dryRun && !options_.yes && !items_.empty(); }
+
     bool agrees(const CleanPreview& preview) {
-        if (options_.yes) return true;
         const Extent extent = extentOf(items_, preview);
         const std::string answer = asciiLowercased(session_.console().ask(fmt::format(
             "Clean {} ({})? [y/N] ", counted(extent.count, "item"), ByteFormat::string(extent.bytes))));

@@ -17,8 +17,7 @@ constexpr Glyphs asciiGlyphs{"x", "...", "-", "#", ".", {"|", "/", "-", "\\"}};
 constexpr size_t bufferSize = 64 * 1024;
 
 std::string_view environment(const char* name) {
-    // Read once, before any other thread is there.
-    const char* value = std::getenv(name); // NOLINT(concurrency-mt-unsafe)
+    const char* value = std::getenv(name); // NOLINT(concurrency-mt-unsafe): nothing sets the environment
     return value ? value : "";
 }
 
@@ -30,9 +29,17 @@ bool localeIsUTF8() {
     return false;
 }
 
-int terminalWidth() {
+int descriptorOf(Output output) {
+    return output == Output::data ? STDOUT_FILENO : STDERR_FILENO;
+}
+
+bool isCapable() {
+    return environment("TERM") != "dumb" && !environment("TERM").empty();
+}
+
+int terminalWidth(int descriptor) {
     winsize size{};
-    if (::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) return size.ws_col;
+    if (::ioctl(descriptor, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) return size.ws_col;
     const long columns = std::strtol(std::string(environment("COLUMNS")).c_str(), nullptr, 10);
     return columns > 0 && columns < 10000 ? static_cast<int>(columns) : 80;
 }
@@ -73,17 +80,23 @@ int writeAll(int descriptor, std::string_view text) {
 }
 
 Console::Console() {
-    const bool capable = environment("TERM") != "dumb" && !environment("TERM").empty();
-    const bool outIsTerminal = ::isatty(STDOUT_FILENO) == 1;
     const bool errorIsTerminal = ::isatty(STDERR_FILENO) == 1;
-    if (outIsTerminal) width_ = terminalWidth();
-    colour_ = outIsTerminal && capable && environment("NO_COLOR").empty();
-    live_ = errorIsTerminal && capable;
+    live_ = errorIsTerminal && isCapable();
     canAsk_ = errorIsTerminal && ::isatty(STDIN_FILENO) == 1;
     const bool isUTF8 = localeIsUTF8();
     glyphs_ = isUTF8 ? &unicodeGlyphs : &asciiGlyphs;
-    asciiOut_ = outIsTerminal && !isUTF8;
     asciiError_ = errorIsTerminal && !isUTF8;
+    printTo(Output::data);
+}
+
+void Console::printTo(Output output) {
+    flush();
+    output_ = output;
+    const int descriptor = descriptorOf(output);
+    const bool isTerminal = ::isatty(descriptor) == 1;
+    width_ = isTerminal ? terminalWidth(descriptor) : 0;
+    colour_ = isTerminal && isCapable() && environment("NO_COLOR").empty();
+    asciiOut_ = isTerminal && glyphs_ == &asciiGlyphs;
 }
 
 std::string Console::paint(Ink ink, std::string_view text) const {
@@ -109,7 +122,9 @@ void Console::printLine(std::string_view text) {
 }
 
 bool Console::flush() {
-    if (!readerGone_ && !failed_) {
+    if (output_ == Output::person) {
+        writeAll(STDERR_FILENO, pending_);
+    } else if (!readerGone_ && !failed_) {
         const int error = writeAll(STDOUT_FILENO, pending_);
         readerGone_ = error == EPIPE;
         failed_ = error != 0 && error != EPIPE;

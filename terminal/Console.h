@@ -8,6 +8,9 @@ namespace loftmere {
 // How a piece of text is drawn where colour is wanted.
 enum class Ink { plain, bold, dim, green, yellow, red };
 
+// Standard output, and standard error.
+enum class Output { data, person };
+
 // The signs that the output is made of; plain ASCII where the locale is not UTF-8.
 struct Glyphs {
     const char* tick;
@@ -26,7 +29,7 @@ public:
     Console(const Console&) = delete;
     Console& operator=(const Console&) = delete;
 
-    // The columns of the terminal on standard output; 0 when it is none, so that nothing is cut there.
+    // The columns of the terminal that is printed to; 0 when it is none, so that nothing is cut there.
     int width() const { return width_; }
     const Glyphs& glyphs() const { return *glyphs_; }
 
@@ -41,12 +44,15 @@ public:
     // not ASCII becomes "?", since its bytes might be control characters there.
     std::string forError(std::string_view text) const;
 
-    // Adds to standard output; for a terminal as `forError`. A reader that has gone away is no failure; the
+    // Where `print` adds to from now on; standard output at first.
+    void printTo(Output output);
+
+    // Adds to what is printed; for a terminal as `forError`. A reader that has gone away is no failure; the
     // rest is dropped.
     void print(std::string_view text);
     void printLine(std::string_view text = {});
 
-    // Sends what was printed so far. False when it could not be written.
+    // Sends what was printed so far. False when data could not be written.
     bool flush();
 
     // One line on standard error, after the program's name.
@@ -56,6 +62,7 @@ public:
     std::string ask(std::string_view question);
 
 private:
+    Output output_ = Output::data;
     int width_ = 0;
     bool colour_ = false;
     bool asciiOut_ = false;

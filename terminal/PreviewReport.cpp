@@ -1,6 +1,5 @@
 #include "terminal/PreviewReport.h"
 
-#include "CleanerCore/Removal/CloudFiles.h"
 #include "CleanerCore/Support/ByteFormat.h"
 #include "CleanerCore/Support/ByteSum.h"
 #include "CleanerCore/Support/Text.h"
@@ -73,16 +72,15 @@ void printGroup(Session& session, const Group& group, const std::vector<Row>& ro
 }
 
 // A removal that reaches the user's other machines is told before all else can be agreed to.
-void warnOfSynced(Session& session, const std::vector<ScanItem>& items, const CleanPreview& preview) {
+void warnOfSynced(Console& console, const CleanPreview& preview) {
     size_t count = 0;
     std::set<std::string> providers;
-    for (size_t i = 0; i < items.size(); ++i) {
-        if (!preview.plans[i].isSynced || !groupOf(preview.plans[i].action).acts) continue;
+    for (const CleanPlan& plan : preview.plans) {
+        if (!plan.provider || !groupOf(plan.action).acts) continue;
         ++count;
-        providers.insert(CloudFiles::providerName(*items[i].anyPath(), session.model().paths.home()));
+        providers.insert(*plan.provider);
     }
     if (count == 0) return;
-    Console& console = session.console();
     const std::string names = joined({providers.begin(), providers.end()}, " and ");
     printParagraph(console, Ink::red, fmt::format("{} of these live in {}.", count, printable(names)), 0);
     printParagraph(
@@ -115,7 +113,7 @@ void printPreview(Session& session, const std::vector<ScanItem>& items, const Cl
         }
         if (!rows.empty()) printGroup(session, group, rows, full);
     }
-    warnOfSynced(session, items, preview);
+    warnOfSynced(session.console(), preview);
 }
 
 } // namespace loftmere

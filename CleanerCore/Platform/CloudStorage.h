@@ -20,4 +20,7 @@ std::optional<bool> isContentLocal(const std::string& path);
 // Releases the local copy of a file in iCloud Drive.
 Status evict(const std::string& path);
 
+// Whether this system can do that at all; the failure is the one that `evict` would answer.
+Status mayEvict();
+
 } // namespace loftmere::CloudStorage

@@ -6,6 +6,7 @@
 
 #include <expected>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace loftmere {
@@ -21,6 +22,10 @@ public:
     // than the system takes in one call.
     static Result<Place> open(const std::string& path);
 
+    // The place of the path or, where its folders do not exist yet, that of the uppermost one that is
+    // missing: where the path would be made. Absent when it cannot be told.
+    static std::optional<Place> nearest(std::string path);
+
     // The folder's real path, without links, and the name. This is what is to be judged before acting.
     const std::string& realPath() const { return realPath_; }
     const std::string& name() const { return name_; }
@@ -31,8 +36,15 @@ public:
     // The item itself, a link not followed; the errno value on failure.
     std::expected<FileStatus, int> status() const;
 
-    // Whether the folders of the two are on volumes that are known to differ.
+    // Whether the folders of the two are on volumes that are known to differ, or reached through different
+    // mounts of one, so that nothing can be moved from one to the other.
     bool isOnAnotherVolume(const Place& other) const;
+
+    // Whether a volume, or a folder from elsewhere, is mounted on the item itself.
+    bool isMountPoint() const;
+
+    // Whether the folder's volume, or its mount, is known to let nothing be changed.
+    bool isReadOnly() const;
 
     // Another name in the same folder. `name` must be a single component.
     Place beside(const std::string& name) const;

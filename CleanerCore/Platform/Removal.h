@@ -4,6 +4,7 @@
 #include "CleanerCore/Support/Result.h"
 
 #include <string>
+#include <vector>
 
 // The few operations that take files of the user's away. They act relative to open folders, never follow a
 // link and never leave the tree they were given. May block for long: never on the main thread.
@@ -26,5 +27,12 @@ Status moveItem(const Place& from, const Place& to);
 // there is one, else the Trash of the desktop, which remembers where the item was. Fails with EXDEV when the
 // item is on another volume.
 Status trashItem(const Place& place, const std::string& home);
+
+// What the volumes forbid, told without touching anything: the failure with which the operation would end, in
+// its words. Success says only that nothing of the kind is known. `mountPoints` are those of the system; a
+// volume that is mounted below the item is found among them.
+Status mayRemoveItem(const Place& place, const std::vector<std::string>& mountPoints);
+Status mayMoveItem(const Place& from, const Place& to);
+Status mayTrashItem(const Place& place, const std::string& home);
 
 } // namespace loftmere

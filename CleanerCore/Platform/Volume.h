@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace loftmere {
 
@@ -22,5 +23,9 @@ std::optional<int64_t> importantFreeSpace(const std::string& path);
 
 // Total and free bytes of that volume, by the figures for important data where the system has them.
 std::optional<VolumeSpace> volumeSpace(const std::string& path);
+
+// The paths at which volumes are mounted, as the system lists them; what is mounted may be covered by another
+// mount, or gone by now. Empty when they cannot be told.
+std::vector<std::string> mountPoints();
 
 } // namespace loftmere

@@ -27,7 +27,8 @@ struct CleanPlan {
     CleanAction action = CleanAction::fail;
     std::string message = ""; // why, for `skip`, `fail` and `gone`; else what may stand in the way
     std::optional<Disposal> disposal = std::nullopt; // the one chosen, where there is a choice
-    bool isSynced = false; // removed from the cloud and from the user's other machines too
+    // Who keeps it in sync, for what is removed from the cloud and from the user's other machines too.
+    std::optional<std::string> provider = std::nullopt;
 
     bool operator==(const CleanPlan&) const = default;
 };

@@ -1,8 +1,11 @@
 #include "CleanerCore/Removal/CleanPlanner.h"
 
 #include "CleanerCore/Platform/Access.h"
+#include "CleanerCore/Platform/Removal.h"
+#include "CleanerCore/Platform/Volume.h"
 #include "CleanerCore/Removal/CloudEvictor.h"
 #include "CleanerCore/Removal/CloudFiles.h"
+#include "CleanerCore/Removal/QuarantineError.h"
 #include "CleanerCore/Support/PathText.h"
 #include "CleanerCore/Support/Text.h"
 
@@ -44,7 +47,7 @@ bool mayNeedRoot(const Place& place, const FileStatus& status) {
 } // namespace
 
 CleanPlanner::CleanPlanner(const Paths& paths, const AppConfig& config)
-    : paths_(paths), config_(config), policy_(paths, config.protectedPaths) {}
+    : paths_(paths), config_(config), policy_(paths, config.protectedPaths), mountPoints_(mountPoints()) {}
 
 Decision CleanPlanner::decide(const ScanItem& item, const TriggerSource& trigger,
                               std::optional<Disposal> disposalOverride) const {
@@ -57,9 +60,14 @@ Decision CleanPlanner::decide(const ScanItem& item, const TriggerSource& trigger
                                 "be recorded — rename it first",
                                 printable(*path)));
     }
-    if (std::holds_alternative<EvictTarget>(item.target)) return only(CleanAction::evict);
+    if (std::holds_alternative<EvictTarget>(item.target)) return decideEviction(*path);
     if (std::holds_alternative<AdminPathTarget>(item.target)) return {planForAdmin(*path)};
     return decidePath(item, *path, trigger, disposalOverride);
+}
+
+Decision CleanPlanner::decideEviction(const std::string& path) const {
+    const Status may = CloudEvictor::mayEvict(path, paths_);
+    return may ? only(CleanAction::evict) : only(CleanAction::fail, may.error().message);
 }
 
 Decision CleanPlanner::decidePath(const ScanItem& item, const std::string& path, const TriggerSource& trigger,
@@ -75,21 +83,41 @@ Decision CleanPlanner::decidePath(const ScanItem& item, const std::string& path,
         return only(CleanAction::skip, fmt::format("in {}; only removable by hand", synced->provider));
     }
     if (!place) return unreachable(place.error().code);
-    return decideReachable(item, std::move(*place), synced != nullptr, disposalOverride);
+    std::optional<std::string> provider;
+    if (synced != nullptr) provider = synced->provider;
+    return decideReachable(item, std::move(*place), std::move(provider), disposalOverride);
 }
 
-Decision CleanPlanner::decideReachable(const ScanItem& item, Place place, bool isSynced,
+Decision CleanPlanner::decideReachable(const ScanItem& item, Place place, std::optional<std::string> provider,
                                        std::optional<Disposal> disposalOverride) const {
     const auto status = place.status();
-    if (!status && !(isSynced && CloudFiles::placeholder(place).status())) return unreachable(status.error());
+    if (!status && !(provider && CloudFiles::placeholder(place).status())) return unreachable(status.error());
     CleanPlan plan;
     plan.disposal = disposalOverride.value_or(config_.disposal(item.category));
-    plan.isSynced = isSynced;
+    plan.provider = std::move(provider);
     // What is in the cloud only cannot be kept anywhere here.
-    const bool isDataless = isSynced && CloudFiles::isDataless(place);
+    const bool isDataless = plan.provider && CloudFiles::isDataless(place);
     plan.action = isDataless ? CleanAction::remove : actionOf(*plan.disposal);
+    if (const Status may = mayActOn(place, plan); !may) {
+        plan.action = CleanAction::fail;
+        plan.message = may.error().message;
+        return {std::move(plan)};
+    }
     if (status && mayNeedRoot(place, *status)) plan.message = "may need administrator rights";
     return {std::move(plan), std::move(place)};
+}
+
+Status CleanPlanner::mayActOn(const Place& place, const CleanPlan& plan) const {
+    if (plan.action == CleanAction::quarantine) return mayQuarantine(place);
+    if (plan.action == CleanAction::trash && !plan.provider) return mayTrashItem(place, paths_.home());
+    return mayRemoveItem(place, mountPoints_);
+}
+
+Status CleanPlanner::mayQuarantine(const Place& place) const {
+    const auto store = Place::nearest(joinPath(paths_.quarantineDir(), place.name()));
+    if (!store) return {};
+    if (place.isOnAnotherVolume(*store)) return failed(QuarantineError::differentVolume(place.name()));
+    return mayMoveItem(place, *store);
 }
 
 CleanPlan CleanPlanner::planForAdmin(const std::string& path) const {

@@ -10,10 +10,12 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace loftmere {
 
-// Decides what is to happen to an item. Changes nothing. Any thread.
+// Decides what is to happen to an item. What its volume or a missing tool forbids is foreseen, so that
+// nothing is begun that cannot be ended. Changes nothing. Any thread.
 class CleanPlanner {
 public:
     // `place` is what was judged and is to be acted on; it is there for `quarantine`, `trash` and `remove`.
@@ -38,14 +40,18 @@ public:
     std::string normalize(const std::string& path) const { return policy_.normalize(path, paths_.home()); }
 
 private:
+    Decision decideEviction(const std::string& path) const;
     Decision decidePath(const ScanItem& item, const std::string& path, const TriggerSource& trigger,
                         std::optional<Disposal> disposalOverride) const;
-    Decision decideReachable(const ScanItem& item, Place place, bool isSynced,
+    Decision decideReachable(const ScanItem& item, Place place, std::optional<std::string> provider,
                              std::optional<Disposal> disposalOverride) const;
+    Status mayActOn(const Place& place, const CleanPlan& plan) const;
+    Status mayQuarantine(const Place& place) const;
 
     Paths paths_;
     AppConfig config_;
     SafetyPolicy policy_;
+    std::vector<std::string> mountPoints_; // when this was made
 };
 
 } // namespace loftmere

@@ -58,9 +58,7 @@ void CleanRun::carryOut(const ScanItem& item, const CleanPlanner::Decision& deci
     case CleanAction::gone:
         ++report_.itemsProcessed;
         return log("gone", item, pathOf(item), true, plan.message);
-    case CleanAction::fail:
-        fail(item, plan.message);
-        return log("skip", item, pathOf(item), false, plan.message);
+    case CleanAction::fail: return refuse(item, plan);
     default: break;
     }
     if (dryRun_) return preview(item, plan);
@@ -69,6 +67,15 @@ void CleanRun::carryOut(const ScanItem& item, const CleanPlanner::Decision& deci
     case CleanAction::command: return runCommand(item);
     default: return takeAway(item, decision);
     }
+}
+
+// What was foreseen is told and logged as the attempt would have been; a session is begun for it likewise.
+void CleanRun::refuse(const ScanItem& item, const CleanPlan& plan) {
+    const bool wantsSession = plan.disposal == Disposal::quarantine && !session_ && !dryRun_;
+    if (wantsSession) (void)beginSession();
+    const bool isEviction = std::holds_alternative<EvictTarget>(item.target);
+    const char* intended = plan.disposal ? rawValue(*plan.disposal) : "skip";
+    tellFailure(item, isEviction ? "evict" : intended, Failure::saying(plan.message));
 }
 
 // Speaks of the space that will be gained, so what goes to the Trash counts as freed.
@@ -119,8 +126,8 @@ void CleanRun::takeAway(const ScanItem& item, const CleanPlanner::Decision& deci
 Status CleanRun::act(const ScanItem& item, const CleanPlan& plan, const Place& place) {
     if (plan.action == CleanAction::quarantine) return toQuarantine(item, place);
     const bool isToTrash = plan.action == CleanAction::trash;
-    if (isToTrash && !plan.isSynced) return trashItem(place, with_.paths.home());
-    Status done = plan.isSynced ? CloudFiles::remove(place, cloudAttempts) : removeItem(place);
+    if (isToTrash && !plan.provider) return trashItem(place, with_.paths.home());
+    Status done = plan.provider ? CloudFiles::remove(place, cloudAttempts) : removeItem(place);
     if (done && !isToTrash && place.status()) return stillThere(place);
     return done;
 }

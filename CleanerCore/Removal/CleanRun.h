@@ -40,6 +40,7 @@ public:
 
 private:
     void carryOut(const ScanItem& item, const CleanPlanner::Decision& decision);
+    void refuse(const ScanItem& item, const CleanPlan& plan);
     void preview(const ScanItem& item, const CleanPlan& plan);
     void evict(const ScanItem& item);
     void runCommand(const ScanItem& item);

@@ -6,6 +6,8 @@
 #include "CleanerCore/Support/PathText.h"
 #include "CleanerCore/Support/Text.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 
 namespace loftmere::CloudEvictor {
@@ -13,9 +15,15 @@ namespace loftmere::CloudEvictor {
 namespace {
 
 constexpr double toolLimit = 60; // seconds
+constexpr const char* providerTool = "fileproviderctl";
+constexpr const char* iCloudTool = "brctl";
 
 std::string mobileDocuments(const Paths& paths) {
     return paths.lib("Mobile Documents");
+}
+
+bool isInICloud(const std::string& path, const Paths& paths) {
+    return path.starts_with(mobileDocuments(paths));
 }
 
 std::string withoutEvery(const std::string& part, std::string text) {
@@ -30,14 +38,14 @@ Status couldNot(const std::string& detail) {
 }
 
 Status evictFromProvider(const std::string& path) {
-    const auto result = Shell::run("fileproviderctl", {"evict", path}, toolLimit);
+    const auto result = Shell::run(providerTool, {"evict", path}, toolLimit);
     if (result.ok()) return {};
     return couldNot(result.err.empty() ? "provider refused" : result.err);
 }
 
 Status evictFromICloud(const std::string& path) {
     const auto released = CloudStorage::evict(path);
-    if (released || Shell::run("brctl", {"evict", path}, toolLimit).ok()) return {};
+    if (released || Shell::run(iCloudTool, {"evict", path}, toolLimit).ok()) return {};
     return couldNot(released.error().message);
 }
 
@@ -52,7 +60,7 @@ std::vector<std::string> cloudRoots(const Paths& paths) {
 }
 
 std::string provider(const std::string& path, const Paths& paths) {
-    if (path.starts_with(mobileDocuments(paths))) return "iCloud Drive";
+    if (isInICloud(path, paths)) return "iCloud Drive";
     const auto folders = splitOmittingEmpty(withoutEvery(paths.lib("CloudStorage") + "/", path), '/');
     if (folders.empty()) return "Cloud";
     const auto pieces = splitOmittingEmpty(folders.front(), '-');
@@ -60,11 +68,20 @@ std::string provider(const std::string& path, const Paths& paths) {
 }
 
 Status evict(const std::string& path, const Paths& paths) {
+    if (auto may = mayEvict(path, paths); !may) return may;
+    return isInICloud(path, paths) ? evictFromICloud(path) : evictFromProvider(path);
+}
+
+Status mayEvict(const std::string& path, const Paths& paths) {
     const auto holdsPath = [&](const std::string& root) { return isAtOrUnder(path, root); };
     if (!std::ranges::any_of(cloudRoots(paths), holdsPath)) {
         return failed(Failure::saying("Not inside iCloud Drive or a cloud storage folder"));
     }
-    return path.starts_with(mobileDocuments(paths)) ? evictFromICloud(path) : evictFromProvider(path);
+    if (!isInICloud(path, paths)) {
+        return Shell::which(providerTool) ? Status{} : couldNot(fmt::format("{} not found", providerTool));
+    }
+    const auto released = CloudStorage::mayEvict();
+    return released || Shell::which(iCloudTool) ? Status{} : couldNot(released.error().message);
 }
 
 } // namespace loftmere::CloudEvictor

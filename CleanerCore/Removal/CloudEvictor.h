@@ -19,4 +19,8 @@ std::string provider(const std::string& path, const Paths& paths);
 // thread.
 Status evict(const std::string& path, const Paths& paths);
 
+// What certainly keeps the file from being released, with the sentence that `evict` would answer: it is in no
+// cloud folder, or there is no tool for it. Touches nothing. Any thread.
+Status mayEvict(const std::string& path, const Paths& paths);
+
 } // namespace loftmere::CloudEvictor

@@ -104,8 +104,9 @@ protected:
 // The log line that a plan promises.
 std::string promised(const CleanPlan& plan) {
     switch (plan.action) {
-    case CleanAction::skip:
-    case CleanAction::fail: return "skip no " + plan.message;
+    case CleanAction::skip: return "skip no " + plan.message;
+    case CleanAction::fail:
+        return (plan.disposal ? rawValue(*plan.disposal) : "skip") + std::string(" no ") + plan.message;
     case CleanAction::gone: return "gone yes already gone";
     case CleanAction::evict: return "evict yes -";
     case CleanAction::command: return "command yes fine a b";
@@ -285,18 +286,75 @@ TEST_F(CleanerTest, BelievesTheDiskAndNotTheCall) {
     EXPECT_EQ(lastLogged(), "delete no " + told);
 }
 
-TEST_F(CleanerTest, KeepsNothingOfAnotherVolume) {
-    const test::Mounted other("-t tmpfs none", home_.folder("other"));
-    if (!other.done) GTEST_SKIP() << "needs root";
-    const std::string path = home_.file("other/file", "x");
-    const CleanReport report = clean({item(PathTarget{path})}, Disposal::quarantine);
-    const std::string told =
-        "file is on another drive — quarantining it would copy the whole file onto this Mac";
-    EXPECT_THAT(report.failures, ElementsAre(CleanFailure{path, told}));
-    EXPECT_EQ(lastLogged(), "quarantine no " + told);
-    EXPECT_TRUE(FS::exists(path));
-    ASSERT_TRUE(report.quarantineSessionID);
-    EXPECT_THAT(Quarantine(home_.paths()).sessions().at(0).entries, IsEmpty());
+// What a volume or a missing tool forbids is told by the preview, in the words of the clean, and nothing is
+// begun.
+TEST_F(CleanerTest, ForeseesWhatItCannotDo) {
+    const std::string inner = home_.file("a/cache/inner/x", "x");
+    const std::string file = home_.file("a/cache/x", "x");
+    home_.file("other/file", "x");
+    home_.file("still/f", "x");
+    const test::Mounted memory("-t tmpfs none", home_.folder("other/tmpfs"));
+    const test::Mounted bound("--bind '" + home_.folder("other") + "'", home_.folder("bound"));
+    const test::Mounted below("-t tmpfs none", home_.folder("a/cache/in\nner"));
+    const test::Mounted still("--bind '" + home_.at("still") + "'", home_.at("still"));
+    if (!memory.done || !bound.done || !below.done || !still.done) GTEST_SKIP() << "needs root";
+    const test::Mounted readOnly("-o remount,ro,bind", home_.at("still"));
+    home_.file("other/tmpfs/file", "x");
+    home_.file("Library/Mobile Documents/a", "x");
+    tools_.remove("fileproviderctl");
+
+    const auto path = [&](const char* relative) { return PathTarget{home_.at(relative)}; };
+    const auto could = [&](const char* action, const char* relative, const char* why) {
+        return "Could not " + std::string(action) + " " + home_.at(relative) + ": " + why;
+    };
+    const std::string drive =
+        " is on another drive — quarantining it would copy the whole file onto this Mac";
+    const struct {
+        ItemTarget target;
+        Disposal disposal;
+        std::string told; // empty: it can be done
+    } cases[]{
+        {path("other/tmpfs/file"), Disposal::quarantine, "file" + drive},
+        {path("other/tmpfs/file"), Disposal::trash,
+         could("move", "other/tmpfs/file", "Invalid cross-device link")},
+        {path("bound/file"), Disposal::quarantine, "file" + drive},
+        {path("bound/file"), Disposal::trash, could("move", "bound/file", "Invalid cross-device link")},
+        {path("still/f"), Disposal::remove, could("delete", "still/f", "Read-only file system")},
+        {path("a"), Disposal::remove,
+         could("delete", "a/cache/in\u240Aner", "another volume is mounted there")},
+        {path("a/cache/in\nner"), Disposal::trash,
+         could("move", "a/cache/in\u240Aner", "another volume is mounted there")},
+        {EvictTarget{home_.file("Library/CloudStorage/Box/e", "x")}, Disposal::remove,
+         "Could not remove local copy: fileproviderctl not found"},
+        {EvictTarget{home_.at("Library/Mobile Documents/a")}, Disposal::remove,
+         "Could not remove local copy: this system cannot release local copies of iCloud files"},
+        {path("other/tmpfs/file"), Disposal::remove, ""},
+        {path("bound/file"), Disposal::remove, ""},
+    };
+    for (const auto& [target, disposal, told] : cases) {
+        const ScanItem each = item(target);
+        const auto before = everyPath();
+        const std::string action = std::holds_alternative<EvictTarget>(target) ? "evict" : rawValue(disposal);
+        const CleanPlan plan = cleaner().plan(each, ManualTrigger{}, disposal);
+        const CleanReport preview = cleaner().clean({each}, ManualTrigger{}, true, disposal);
+        EXPECT_EQ(everyPath(), before) << each.id;
+        const CleanReport report = clean({each}, disposal);
+        EXPECT_EQ(lastLogged(), action + (told.empty() ? " yes -" : " no " + told)) << each.id;
+        EXPECT_EQ(preview.failures, report.failures) << each.id;
+        EXPECT_EQ(report.failures.empty(), told.empty()) << each.id;
+        EXPECT_EQ(preview.totalHandledBytes(), told.empty() ? size : 0) << each.id;
+        EXPECT_EQ(plan.action == CleanAction::fail, !told.empty()) << each.id;
+        if (!told.empty()) EXPECT_TRUE(FS::exists(*each.anyPath()) && FS::exists(inner) && FS::exists(file));
+        // Of what could not go to quarantine the session stays.
+        EXPECT_EQ(report.quarantineSessionID.has_value(), disposal == Disposal::quarantine) << each.id;
+    }
+}
+
+TEST_F(CleanerTest, NamesWhoSyncsWhatALinkLeadsTo) {
+    home_.file("Library/CloudStorage/Box-me/a", "x");
+    home_.link("Work", home_.at("Library/CloudStorage/Box-me"));
+    EXPECT_EQ(cleaner().plan(item(PathTarget{home_.at("Work/a")}), ManualTrigger{}).provider, "Box");
+    EXPECT_EQ(cleaner().plan(item(PathTarget{home_.file("b", "x")}), ManualTrigger{}).provider, std::nullopt);
 }
 
 TEST(Cleaner, KnowsPermissionErrors) {

@@ -3,6 +3,7 @@
 #include "CleanerCore/Removal/Quarantine.h"
 #include "CleanerCore/Support/Json.h"
 #include "CleanerCore/Support/Text.h"
+#include "tests/Support/Mounted.h"
 #include "tests/Support/TemporaryHome.h"
 #include "tests/Terminal/TerminalRun.h"
 
@@ -12,6 +13,7 @@
 using namespace loftmere;
 using namespace loftmere::test;
 using testing::HasSubstr;
+using testing::Not;
 
 namespace {
 
@@ -100,6 +102,14 @@ TEST_F(TerminalClean, ActsOnWhatIsTickedOrOnTheIdsThatWereChosen) {
 }
 
 TEST_F(TerminalClean, AsksAPersonAndTakesNoForAnAnswer) {
+    TerminalScreen asked(home.path(), {"clean", "trash", "--all", "--json"}, 80);
+    EXPECT_THAT(asked.waitFor("[y/N] "), HasSubstr("Delete immediately"));
+    asked.type("n\n");
+    const auto refused = asked.finish();
+    EXPECT_EQ(refused.status, 0);
+    EXPECT_THAT(refused.out, HasSubstr("\"freedBytes\": 0"));
+    EXPECT_TRUE(stands(".Trash/thrown.txt"));
+
     const struct {
         const char* typed;
         int status;
@@ -201,5 +211,19 @@ TEST_F(TerminalClean, FailuresAreToldAndEndWithOne) {
     EXPECT_EQ(failed.status, 1);
     EXPECT_THAT(failed.out, HasSubstr("Failed"));
     EXPECT_THAT(failed.out, HasSubstr("1 failed"));
+    EXPECT_TRUE(stands(download));
+}
+
+TEST_F(TerminalClean, WhatCannotBeDoneFailsTheDryRunTooAndOffersNoUndo) {
+    const Mounted other("-t tmpfs none", home.at("Downloads"));
+    if (!other.done) GTEST_SKIP() << "needs root";
+    home.file(download, "x");
+    home.setAgeDays(download, 400);
+    for (const char* mode : {"--dry-run", "--yes"}) {
+        const auto told = run({"clean", "oldDownloads", "--all", mode});
+        EXPECT_EQ(told.status, 1) << mode;
+        EXPECT_THAT(told.out, HasSubstr("manual.pdf is on another drive")) << mode;
+        EXPECT_THAT(told.out, Not(HasSubstr("loftmere undo"))) << mode;
+    }
     EXPECT_TRUE(stands(download));
 }

@@ -13,6 +13,10 @@ std::optional<bool> isContentLocal(const std::string& /*path*/) {
 }
 
 Status evict(const std::string& /*path*/) {
+    return mayEvict();
+}
+
+Status mayEvict() {
     return failed(Failure::saying("this system cannot release local copies of iCloud files"));
 }
 

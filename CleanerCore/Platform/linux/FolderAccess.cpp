@@ -6,6 +6,7 @@
 #include <sys/syscall.h>
 
 #include <climits>
+#include <optional>
 
 namespace loftmere {
 
@@ -30,7 +31,40 @@ FileDescriptor openComparingDevices(int at, const char* name) {
     return folder;
 }
 
+// By what an entry is reached. A folder that is bound in a second place has one device and two mounts.
+struct Reached {
+    uint32_t major = 0;
+    uint32_t minor = 0;
+    std::optional<uint64_t> mount = std::nullopt; // absent on kernels before 5.8
+
+    bool operator==(const Reached&) const = default;
+};
+
+// An empty name means the folder itself. The server of a network's volume is not asked.
+std::optional<Reached> howReached(int folder, const char* name) {
+    constexpr int flags = AT_EMPTY_PATH | AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT | AT_STATX_DONT_SYNC;
+    struct statx status{};
+    if (::statx(folder, name, flags, STATX_MNT_ID, &status) != 0) return std::nullopt;
+    Reached reached{.major = status.stx_dev_major, .minor = status.stx_dev_minor};
+    if ((status.stx_mask & STATX_MNT_ID) != 0) reached.mount = status.stx_mnt_id;
+    return reached;
+}
+
 } // namespace
+
+bool areOnDifferentVolumes(int folder, int other) {
+    const auto mine = howReached(folder, "");
+    const auto theirs = howReached(other, "");
+    return mine && theirs && *mine != *theirs;
+}
+
+bool isMountedOn(int folder, const char* name) {
+    const auto outer = howReached(folder, "");
+    const auto inner = howReached(folder, name);
+    if (!outer || !inner) return false;
+    // A subvolume has a device of its own and is no mount.
+    return outer->mount && inner->mount ? outer->mount != inner->mount : *outer != *inner;
+}
 
 FileDescriptor openBase(int at, const char* path, Links links) {
     return FileDescriptor(

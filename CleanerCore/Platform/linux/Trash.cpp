@@ -83,4 +83,11 @@ Status trashItem(const Place& place, const std::string& home) {
     return moveWithNote(place, *info, *files);
 }
 
+Status mayTrashItem(const Place& place, const std::string& home) {
+    if (const auto plain = Place::open(joinPath(home, ".Trash/" + place.name())))
+        return mayMoveItem(place, *plain);
+    const auto files = Place::nearest(joinPath(desktopTrash(home), "files/" + place.name()));
+    return files ? mayMoveItem(place, *files) : Status{};
+}
+
 } // namespace loftmere

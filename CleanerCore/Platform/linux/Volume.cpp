@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <array>
 #include <fstream>
+#include <sstream>
 
 namespace loftmere {
 
@@ -43,6 +44,27 @@ std::optional<bool> isRemovable(uint64_t device) {
     return std::nullopt;
 }
 
+bool isOctal(char c) {
+    return c >= '0' && c <= '7';
+}
+
+// The kernel writes what would break its columns as a backslash and three octal digits.
+std::string unescaped(const std::string& field) {
+    std::string text;
+    for (size_t i = 0; i < field.size(); ++i) {
+        const bool isEscape = field[i] == '\\' && i + 3 < field.size() && isOctal(field[i + 1]) &&
+                              isOctal(field[i + 2]) && isOctal(field[i + 3]);
+        if (isEscape) {
+            text += static_cast<char>((field[i + 1] - '0') * 64 + (field[i + 2] - '0') * 8 +
+                                      (field[i + 3] - '0'));
+            i += 3;
+        } else {
+            text += field[i];
+        }
+    }
+    return text;
+}
+
 // Cut off at an embedded NUL, another path than the one named would be judged.
 bool namesNothing(const std::string& path) {
     return path.find('\0') != std::string::npos;
@@ -58,6 +80,17 @@ VolumeKind volumeKind(const std::string& path) {
     if (!status) return kind;
     if (const auto removable = isRemovable(status->device)) kind.isInternal = !*removable;
     return kind;
+}
+
+std::vector<std::string> mountPoints() {
+    std::vector<std::string> points;
+    std::ifstream file("/proc/self/mountinfo");
+    for (std::string line; std::getline(file, line);) {
+        std::istringstream fields(line);
+        std::string id, parent, device, root, point;
+        if (fields >> id >> parent >> device >> root >> point) points.push_back(unescaped(point));
+    }
+    return points;
 }
 
 std::optional<int64_t> importantFreeSpace(const std::string& path) {

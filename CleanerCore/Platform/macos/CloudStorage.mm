@@ -66,4 +66,8 @@ Status evict(const std::string& path) {
     }
 }
 
+Status mayEvict() {
+    return {};
+}
+
 } // namespace loftmere::CloudStorage

@@ -6,6 +6,21 @@
 
 namespace loftmere {
 
+bool areOnDifferentVolumes(int folder, int other) {
+    struct stat mine{};
+    struct stat theirs{};
+    if (::fstat(folder, &mine) != 0 || ::fstat(other, &theirs) != 0) return false;
+    return mine.st_dev != theirs.st_dev;
+}
+
+bool isMountedOn(int folder, const char* name) {
+    struct stat outer{};
+    struct stat inner{};
+    if (::fstat(folder, &outer) != 0 || ::fstatat(folder, name, &inner, AT_SYMLINK_NOFOLLOW) != 0)
+        return false;
+    return outer.st_dev != inner.st_dev;
+}
+
 FileDescriptor openBase(int at, const char* path, Links links) {
     return FileDescriptor(
         calls::open(at, path, O_RDONLY | O_DIRECTORY | (links == Links::refuse ? O_NOFOLLOW : 0)));

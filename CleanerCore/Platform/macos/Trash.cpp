@@ -10,4 +10,9 @@ Status trashItem(const Place& place, const std::string& home) {
     return moveUnderFreeName(place, *trash);
 }
 
+Status mayTrashItem(const Place& place, const std::string& home) {
+    const auto trash = Place::open(joinPath(home, ".Trash/" + place.name()));
+    return trash ? mayMoveItem(place, *trash) : Status{};
+}
+
 } // namespace loftmere

@@ -22,6 +22,17 @@ VolumeKind volumeKind(const std::string& path) {
     return kind;
 }
 
+std::vector<std::string> mountPoints() {
+    const int count = ::getfsstat(nullptr, 0, MNT_NOWAIT);
+    if (count <= 0) return {};
+    std::vector<struct statfs> volumes(static_cast<size_t>(count));
+    const auto size = static_cast<int>(volumes.size() * sizeof(struct statfs));
+    const int filled = ::getfsstat(volumes.data(), size, MNT_NOWAIT);
+    std::vector<std::string> points;
+    for (int i = 0; i < filled; ++i) points.emplace_back(volumes[static_cast<size_t>(i)].f_mntonname);
+    return points;
+}
+
 std::optional<int64_t> importantFreeSpace(const std::string& path) {
     const auto space = volumeSpace(path);
     if (!space) return std::nullopt;

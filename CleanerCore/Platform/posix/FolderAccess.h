@@ -17,6 +17,13 @@ FileDescriptor openBase(int at, const char* path, Links links);
 // is entered that is mounted there (EXDEV).
 FileDescriptor openForRemoval(int at, const char* name);
 
+// Whether the open folders are on volumes that are known to differ, or reached through different mounts of
+// one where the system tells those apart.
+bool areOnDifferentVolumes(int folder, int other);
+
+// Whether something is mounted on the entry `name` of the open folder. A link is not followed.
+bool isMountedOn(int folder, const char* name);
+
 // The path of an open folder without links; empty when the system cannot tell, as for one deeper than paths
 // may be long.
 std::string pathOfFolder(int fd);

@@ -6,6 +6,7 @@
 #include "CleanerCore/Support/PathText.h"
 
 #include <dirent.h>
+#include <sys/statvfs.h>
 
 #include <climits>
 #include <string_view>
@@ -101,15 +102,30 @@ Result<Place> Place::open(const std::string& path) {
                  std::move(realPath));
 }
 
+std::optional<Place> Place::nearest(std::string path) {
+    while (true) {
+        auto place = open(path);
+        if (place) return std::move(*place);
+        if (place.error().code != ENOENT || path == "/") return std::nullopt;
+        path = parentPath(path);
+    }
+}
+
 std::expected<FileStatus, int> Place::status() const {
     return statusAt(folder(), name_.c_str(), FinalLink::keep);
 }
 
 bool Place::isOnAnotherVolume(const Place& other) const {
-    struct stat mine{};
-    struct stat theirs{};
-    if (::fstat(folder(), &mine) != 0 || ::fstat(other.folder(), &theirs) != 0) return false;
-    return mine.st_dev != theirs.st_dev;
+    return areOnDifferentVolumes(folder(), other.folder());
+}
+
+bool Place::isMountPoint() const {
+    return isMountedOn(folder(), name_.c_str());
+}
+
+bool Place::isReadOnly() const {
+    struct statvfs volume{};
+    return ::fstatvfs(folder(), &volume) == 0 && (volume.f_flag & ST_RDONLY) != 0;
 }
 
 Place Place::beside(const std::string& name) const {

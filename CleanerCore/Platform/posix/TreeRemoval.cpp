@@ -1,10 +1,8 @@
 #include "CleanerCore/Platform/posix/TreeRemoval.h"
 
 #include "CleanerCore/Platform/posix/Calls.h"
+#include "CleanerCore/Platform/posix/VolumeLimits.h"
 #include "CleanerCore/Support/PathText.h"
-#include "CleanerCore/Support/Text.h"
-
-#include <fmt/format.h>
 
 #include <system_error>
 
@@ -255,9 +253,7 @@ void TreeRemoval::fail(const DoomedFolder* folder, const std::string& name, int 
     const std::lock_guard guard(lock_);
     if (firstFailure_) return;
     const std::string path = pathOf(folder, name);
-    firstFailure_ = Failure::posix(error, "delete", path);
-    if (error == EXDEV)
-        firstFailure_->message = "Could not delete " + printable(path) + ": another volume is mounted there";
+    firstFailure_ = error == EXDEV ? mountedThere("delete", path) : Failure::posix(error, "delete", path);
 }
 
 } // namespace loftmere
