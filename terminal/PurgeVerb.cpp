@@ -1,6 +1,7 @@
 #include "CleanerCore/Support/ByteFormat.h"
 #include "CleanerCore/Support/Text.h"
 #include "terminal/SessionLookup.h"
+#include "terminal/StatusLine.h"
 #include "terminal/Verbs.h"
 
 #include <CLI/CLI.hpp>
@@ -26,7 +27,10 @@ ExitStatus purge(Session& session, const std::string& id) {
     const auto known = sessionNamed(session, id);
     const auto unreadable = known ? std::nullopt : unreadableNamed(session, id);
     const Result<QuarantineSession> found = unreadable ? *unreadable : known;
+    StatusLine working(session.console());
+    working.draw("Deleting what the session holds");
     const Status purged = found ? session.model().purge(*found) : Status(failed(found.error()));
+    working.erase();
     if (!purged) {
         session.console().say(printable(purged.error().message));
         return ExitStatus::failed;

@@ -5,6 +5,7 @@
 #include "terminal/CleanReportText.h"
 #include "terminal/Rows.h"
 #include "terminal/SessionLookup.h"
+#include "terminal/StatusLine.h"
 #include "terminal/Verbs.h"
 
 #include <CLI/CLI.hpp>
@@ -81,7 +82,10 @@ ExitStatus undo(Session& session, const UndoOptions& options) {
         return ExitStatus::failed;
     }
     const auto asked = heldOf(*found, *wanted);
+    StatusLine working(session.console());
+    working.draw("Bringing back " + counted(asked.first, "item"));
     const auto failures = session.model().restore(*found, *wanted);
+    working.erase();
     if (!failures) {
         session.console().say(printable(failures.error().message));
         return ExitStatus::failed;
