@@ -24,15 +24,16 @@ int64_t sizeOf(const std::string& path) {
     return status ? status->size : 0;
 }
 
-// The end of the file, from the start of a line on, with at least `limit` lines where there are so many.
+// The end of the file, from the start of a line on, with at least `limit` lines where there are so many
+// and they are no longer than lines of ours.
 std::string tailOf(const RegularFile& file, int64_t size, size_t limit) {
     std::vector<std::string> blocks; // the last first
     size_t lines = 0;
     int64_t start = size;
-    // One line break more than lines: the first of the lines must be whole.
     // A log without line ends is damaged; it must not be taken into memory whole.
     const size_t most = std::max(leastTail, std::min(limit, leastTail) * mostPerLine);
     const int64_t least = std::max<int64_t>(0, size - static_cast<int64_t>(most));
+    // One line break more than lines: the first of the lines must be whole.
     while (start > least && lines <= limit) {
         const int64_t from = std::max<int64_t>(0, start - tailBlock);
         std::string block(static_cast<size_t>(start - from), '\0');

@@ -20,7 +20,8 @@ public:
     // An entry that cannot be encoded is left out.
     void append(const std::vector<AuditEntry>& entries);
 
-    // The entries of the last `limit` lines, newest first. A damaged line is passed over and still counts.
+    // The entries of the last `limit` lines, newest first. A damaged line is passed over and still counts;
+    // behind one of many MiB nothing is looked for.
     std::vector<AuditEntry> recent(size_t limit) const;
 
     // The bytes that all successful deletions, moves to the Trash, commands and purges have freed.
