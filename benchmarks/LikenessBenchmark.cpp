@@ -1,6 +1,6 @@
 // The grouping of likeness hashes, of as many as are told behind the slash.
-#include "CleanerCore/Scanning/Images/DifferenceHash.h"
-#include "CleanerCore/Scanning/Images/LikenessGroups.h"
+#include "CleanerCore/Scanning/Photos/DifferenceHash.h"
+#include "CleanerCore/Scanning/Photos/LikenessGroups.h"
 
 #include <benchmark/benchmark.h>
 

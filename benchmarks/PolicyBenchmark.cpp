@@ -1,4 +1,4 @@
-#include "CleanerCore/Removal/SafetyPolicy.h"
+#include "CleanerCore/Safety/SafetyPolicy.h"
 #include "CleanerCore/Scanning/ScanEngine.h"
 
 #include <benchmark/benchmark.h>

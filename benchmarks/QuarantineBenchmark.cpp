@@ -1,6 +1,6 @@
 // Moves many single files to quarantine and back. The time per item must stay the same however many there
 // are. TMPDIR says on which file system.
-#include "CleanerCore/Removal/Quarantine.h"
+#include "CleanerCore/Removal/Quarantine/Quarantine.h"
 
 #include <benchmark/benchmark.h>
 

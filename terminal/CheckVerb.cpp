@@ -1,4 +1,4 @@
-#include "CleanerCore/Removal/SafetyPolicy.h"
+#include "CleanerCore/Safety/SafetyPolicy.h"
 #include "CleanerCore/Support/PathText.h"
 #include "CleanerCore/Support/Text.h"
 #include "terminal/Verbs.h"

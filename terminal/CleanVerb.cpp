@@ -1,5 +1,5 @@
 #include "CleanerCore/Automation/ScheduledRunner.h"
-#include "CleanerCore/Removal/PrivilegedSession.h"
+#include "CleanerCore/Removal/Administrator/PrivilegedSession.h"
 #include "CleanerCore/Support/ByteFormat.h"
 #include "CleanerCore/Support/Text.h"
 #include "terminal/CategoryNames.h"

@@ -1,6 +1,6 @@
 #include "terminal/SessionLookup.h"
 
-#include "CleanerCore/Removal/Quarantine.h"
+#include "CleanerCore/Removal/Quarantine/Quarantine.h"
 #include "CleanerCore/Support/Text.h"
 
 #include <fmt/format.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "CleanerCore/Removal/QuarantineSession.h"
+#include "CleanerCore/Removal/Quarantine/QuarantineSession.h"
 #include "CleanerCore/Support/Result.h"
 #include "terminal/Session.h"
 

@@ -1,10 +1,9 @@
 #include "CleanerCore/Removal/CloudEvictor.h"
 
-#include "CleanerCore/Files/FS.h"
 #include "CleanerCore/Platform/CloudStorage.h"
 #include "CleanerCore/Process/Shell.h"
+#include "CleanerCore/Safety/CloudPaths.h"
 #include "CleanerCore/Support/PathText.h"
-#include "CleanerCore/Support/Text.h"
 
 #include <fmt/format.h>
 
@@ -17,21 +16,6 @@ namespace {
 constexpr double toolLimit = 60; // seconds
 constexpr const char* providerTool = "fileproviderctl";
 constexpr const char* iCloudTool = "brctl";
-
-std::string mobileDocuments(const Paths& paths) {
-    return paths.lib("Mobile Documents");
-}
-
-bool isInICloud(const std::string& path, const Paths& paths) {
-    return path.starts_with(mobileDocuments(paths));
-}
-
-std::string withoutEvery(const std::string& part, std::string text) {
-    for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at)) {
-        text.erase(at, part.size());
-    }
-    return text;
-}
 
 Status couldNot(const std::string& detail) {
     return failed(Failure::saying("Could not remove local copy: " + detail));
@@ -50,22 +34,6 @@ Status evictFromICloud(const std::string& path) {
 }
 
 } // namespace
-
-std::vector<std::string> cloudRoots(const Paths& paths) {
-    std::vector<std::string> roots{mobileDocuments(paths)};
-    for (std::string& child : FS::children(paths.lib("CloudStorage"))) {
-        if (FS::isDirectory(child)) roots.push_back(std::move(child));
-    }
-    return roots;
-}
-
-std::string provider(const std::string& path, const Paths& paths) {
-    if (isInICloud(path, paths)) return "iCloud Drive";
-    const auto folders = splitOmittingEmpty(withoutEvery(paths.lib("CloudStorage") + "/", path), '/');
-    if (folders.empty()) return "Cloud";
-    const auto pieces = splitOmittingEmpty(folders.front(), '-');
-    return pieces.empty() ? folders.front() : pieces.front();
-}
 
 Status evict(const std::string& path, const Paths& paths) {
     if (auto may = mayEvict(path, paths); !may) return may;

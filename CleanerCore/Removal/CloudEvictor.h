@@ -4,16 +4,9 @@
 #include "CleanerCore/Support/Result.h"
 
 #include <string>
-#include <vector>
 
 // Releases local copies of synced files; the cloud keeps the files.
 namespace loftmere::CloudEvictor {
-
-// The folder of iCloud Drive, and the real folders of the other providers. Any thread.
-std::vector<std::string> cloudRoots(const Paths& paths);
-
-// Who keeps a path below a cloud root, by its text. Any thread.
-std::string provider(const std::string& path, const Paths& paths);
 
 // Releases the local copy of a file. Fails with a sentence for the user. Runs tools: never on the main
 // thread.

@@ -1,9 +1,6 @@
 #include "CleanerCore/Removal/CloudFiles.h"
 
 #include "CleanerCore/Platform/CloudStorage.h"
-#include "CleanerCore/Removal/PathKey.h"
-#include "CleanerCore/Removal/SafetyPolicy.h"
-#include "CleanerCore/Support/PathText.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -13,8 +10,6 @@
 namespace loftmere::CloudFiles {
 
 namespace {
-
-constexpr const char* unnamedProvider = "your cloud drive";
 
 // What cannot be looked at is not taken for removed.
 bool isThere(const Place& place) {
@@ -28,26 +23,6 @@ void pauseBefore(int round) {
 }
 
 } // namespace
-
-std::array<std::string, 2> syncRoots(const std::string& home) {
-    return {home + "/Library/Mobile Documents", home + "/Library/CloudStorage"};
-}
-
-bool isSynced(const std::string& path, const std::string& home) {
-    const PathKey key(SafetyPolicy::normalize(path, home));
-    return std::ranges::any_of(syncRoots(home),
-                               [&](const std::string& root) { return key.isAtOrUnder(PathKey(root)); });
-}
-
-std::string providerName(const std::string& path, const std::string& home) {
-    const PathKey key(SafetyPolicy::normalize(path, home));
-    const auto [mobileDocuments, cloudStorage] = syncRoots(home);
-    if (key.isAtOrUnder(PathKey(mobileDocuments))) return "iCloud Drive";
-    if (!key.isAtOrUnder(PathKey(cloudStorage))) return unnamedProvider;
-    const std::string below = key.below(PathKey(cloudStorage));
-    const std::string name = below.substr(0, below.find_first_of("-/"));
-    return name.empty() ? unnamedProvider : name;
-}
 
 bool isDataless(const Place& place) {
     const auto isLocal = CloudStorage::isContentLocal(place.realPath());

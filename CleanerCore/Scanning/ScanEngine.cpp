@@ -1,6 +1,6 @@
 #include "CleanerCore/Scanning/ScanEngine.h"
 
-#include "CleanerCore/Removal/SafetyPolicy.h"
+#include "CleanerCore/Safety/SafetyPolicy.h"
 #include "CleanerCore/Scanning/Throttle.h"
 #include "CleanerCore/Support/Concurrent.h"
 

@@ -1,7 +1,7 @@
 #include "CleanerCore/Automation/ScheduledRunner.h"
 #include "CleanerCore/Files/FS.h"
 #include "CleanerCore/Platform/FileLock.h"
-#include "CleanerCore/Removal/Cleaner.h"
+#include "CleanerCore/Removal/Cleaning/Cleaner.h"
 #include "CleanerCore/Support/UUID.h"
 #include "LoftmereApp/Model/AppModel.h"
 

@@ -1,6 +1,6 @@
 #include "CleanerCore/Removal/AuditLog.h"
-#include "CleanerCore/Removal/Cleaner.h"
-#include "CleanerCore/Removal/Quarantine.h"
+#include "CleanerCore/Removal/Cleaning/Cleaner.h"
+#include "CleanerCore/Removal/Quarantine/Quarantine.h"
 #include "CleanerCore/Support/UUID.h"
 #include "LoftmereApp/Model/AppModel.h"
 

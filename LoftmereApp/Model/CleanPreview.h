@@ -1,7 +1,7 @@
 #pragma once
 
 #include "CleanerCore/Records/CleanReport.h"
-#include "CleanerCore/Removal/CleanPlan.h"
+#include "CleanerCore/Removal/Cleaning/CleanPlan.h"
 
 #include <vector>
 

@@ -1,6 +1,6 @@
 // Runs the whole duplicate scanner over one folder: FindDuplicates FOLDER. One line for each proposed file:
 // its path, a tab and the reason, which names the copy kept.
-#include "CleanerCore/Scanning/Scanners/DuplicateScanner.h"
+#include "CleanerCore/Scanning/Duplicates/DuplicateScanner.h"
 
 #include <fmt/format.h>
 

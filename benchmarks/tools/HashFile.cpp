@@ -1,5 +1,5 @@
 // Prints what Hasher64 answers for a file: HashFile FILE.
-#include "CleanerCore/Scanning/Hasher64.h"
+#include "CleanerCore/Scanning/Duplicates/Hasher64.h"
 
 #include <fmt/format.h>
 

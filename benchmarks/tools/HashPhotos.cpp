@@ -2,7 +2,7 @@
 // decoding as the scanner does: the largest files first, on two threads.
 #include "CleanerCore/Files/FS.h"
 #include "CleanerCore/Platform/FileStatus.h"
-#include "CleanerCore/Scanning/Scanners/SimilarPhotosScanner.h"
+#include "CleanerCore/Scanning/Photos/SimilarPhotosScanner.h"
 #include "CleanerCore/Support/Concurrent.h"
 
 #include <fmt/format.h>

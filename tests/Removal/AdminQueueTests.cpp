@@ -1,6 +1,6 @@
-#include "CleanerCore/Removal/AdminQueue.h"
+#include "CleanerCore/Removal/Administrator/AdminQueue.h"
+#include "CleanerCore/Removal/Administrator/AdminRunner.h"
 #include "CleanerCore/Removal/AuditLog.h"
-#include "CleanerCore/Uninstaller/UninstallService.h"
 #include "tests/Support/TemporaryHome.h"
 
 #include <fmt/format.h>
@@ -98,7 +98,7 @@ TEST(AdminQueueTests, TellsWhyAPathStillStands) {
         {"", start + "é" + std::string(40, 'y'), start + "é"},
     };
     for (const auto& [out, err, sentence] : rows)
-        EXPECT_EQ(UninstallService::explain({.status = 1, .out = out, .err = err}, "/a/b"), sentence);
+        EXPECT_EQ(AdminRunner::explain({.status = 1, .out = out, .err = err}, "/a/b"), sentence);
 }
 
 } // namespace loftmere::test

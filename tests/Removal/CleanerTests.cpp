@@ -1,6 +1,6 @@
 #include "CleanerCore/Files/FS.h"
 #include "CleanerCore/Platform/posix/Calls.h"
-#include "CleanerCore/Removal/Cleaner.h"
+#include "CleanerCore/Removal/Cleaning/Cleaner.h"
 #include "tests/Support/Mounted.h"
 #include "tests/Support/OrdinaryUser.h"
 #include "tests/Support/ScriptedTools.h"

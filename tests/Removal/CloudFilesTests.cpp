@@ -1,6 +1,7 @@
 #include "CleanerCore/Files/FS.h"
 #include "CleanerCore/Removal/CloudEvictor.h"
 #include "CleanerCore/Removal/CloudFiles.h"
+#include "CleanerCore/Safety/CloudPaths.h"
 #include "tests/Support/ScriptedTools.h"
 
 #include <gmock/gmock.h>

@@ -1,4 +1,4 @@
-#include "CleanerCore/Removal/Cleaner.h"
+#include "CleanerCore/Removal/Cleaning/Cleaner.h"
 #include "tests/Support/FaultRig.h"
 #include "tests/Support/TemporaryHome.h"
 

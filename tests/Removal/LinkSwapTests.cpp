@@ -1,6 +1,6 @@
 #include "CleanerCore/Platform/Removal.h"
-#include "CleanerCore/Removal/Cleaner.h"
-#include "CleanerCore/Removal/RestoreDestination.h"
+#include "CleanerCore/Removal/Cleaning/Cleaner.h"
+#include "CleanerCore/Removal/Quarantine/RestoreDestination.h"
 #include "tests/Support/SwapRig.h"
 #include "tests/Support/TemporaryHome.h"
 

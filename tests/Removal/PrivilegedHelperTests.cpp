@@ -1,6 +1,6 @@
 #include "CleanerCore/Platform/NamedPipe.h"
 #include "CleanerCore/Process/Shell.h"
-#include "CleanerCore/Removal/HelperScript.h"
+#include "CleanerCore/Removal/Administrator/HelperScript.h"
 #include "CleanerCore/Support/Base64.h"
 #include "CleanerCore/Support/Quoting.h"
 #include "tests/Support/SwapRig.h"

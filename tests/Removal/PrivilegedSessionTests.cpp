@@ -1,6 +1,6 @@
 #include "CleanerCore/Process/Shell.h"
-#include "CleanerCore/Removal/AdminRunner.h"
-#include "CleanerCore/Removal/PrivilegedSession.h"
+#include "CleanerCore/Removal/Administrator/AdminRunner.h"
+#include "CleanerCore/Removal/Administrator/PrivilegedSession.h"
 #include "CleanerCore/Support/Concurrent.h"
 #include "tests/Support/ScriptedTools.h"
 #include "tests/Support/Waiting.h"

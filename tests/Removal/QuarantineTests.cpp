@@ -1,6 +1,6 @@
 #include "CleanerCore/Files/JSONStore.h"
 #include "CleanerCore/Platform/FileContent.h"
-#include "CleanerCore/Removal/Cleaner.h"
+#include "CleanerCore/Removal/Cleaning/Cleaner.h"
 #include "tests/Support/FaultRig.h"
 #include "tests/Support/Mounted.h"
 #include "tests/Support/TemporaryHome.h"

@@ -1,5 +1,5 @@
-#include "CleanerCore/Removal/ProtectedLocations.h"
-#include "CleanerCore/Removal/SafetyPolicy.h"
+#include "CleanerCore/Safety/ProtectedLocations.h"
+#include "CleanerCore/Safety/SafetyPolicy.h"
 #include "CleanerCore/Support/Concurrent.h"
 #include "CleanerCore/Support/PathText.h"
 #include "tests/Support/TemporaryHome.h"

@@ -1,6 +1,6 @@
 #include "CleanerCore/Files/FS.h"
-#include "CleanerCore/Scanning/ContentGroups.h"
-#include "CleanerCore/Scanning/Scanners/DuplicateScanner.h"
+#include "CleanerCore/Scanning/Duplicates/ContentGroups.h"
+#include "CleanerCore/Scanning/Duplicates/DuplicateScanner.h"
 #include "tests/Support/FewDescriptors.h"
 #include "tests/Support/ScannerFixtures.h"
 

@@ -1,4 +1,4 @@
-#include "CleanerCore/Scanning/Hasher64.h"
+#include "CleanerCore/Scanning/Duplicates/Hasher64.h"
 #include "CleanerCore/Support/Sha256.h"
 #include "tests/Support/TemporaryHome.h"
 

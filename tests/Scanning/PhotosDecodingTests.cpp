@@ -1,5 +1,5 @@
-#include "CleanerCore/Scanning/Images/Orientation.h"
-#include "CleanerCore/Scanning/Scanners/SimilarPhotosScanner.h"
+#include "CleanerCore/Scanning/Photos/Orientation.h"
+#include "CleanerCore/Scanning/Photos/SimilarPhotosScanner.h"
 #include "tests/Scanning/Photos.h"
 #include "tests/Support/TemporaryHome.h"
 

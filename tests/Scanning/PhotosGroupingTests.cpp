@@ -1,4 +1,4 @@
-#include "CleanerCore/Scanning/Images/LikenessGroups.h"
+#include "CleanerCore/Scanning/Photos/LikenessGroups.h"
 
 #include <gtest/gtest.h>
 

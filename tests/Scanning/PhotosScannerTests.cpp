@@ -1,5 +1,5 @@
 #include "CleanerCore/Platform/FileStatus.h"
-#include "CleanerCore/Scanning/Scanners/SimilarPhotosScanner.h"
+#include "CleanerCore/Scanning/Photos/SimilarPhotosScanner.h"
 #include "tests/Scanning/Photos.h"
 #include "tests/Support/ScannerFixtures.h"
 

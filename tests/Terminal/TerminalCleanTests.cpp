@@ -1,6 +1,6 @@
 #include "CleanerCore/Files/FS.h"
 #include "CleanerCore/Removal/AuditLog.h"
-#include "CleanerCore/Removal/Quarantine.h"
+#include "CleanerCore/Removal/Quarantine/Quarantine.h"
 #include "CleanerCore/Support/Json.h"
 #include "CleanerCore/Support/Text.h"
 #include "tests/Support/Mounted.h"

@@ -2,7 +2,7 @@
 
 #include "CleanerCore/Platform/FileStatus.h"
 #include "CleanerCore/Platform/TreeWalk.h"
-#include "CleanerCore/Removal/CloudEvictor.h"
+#include "CleanerCore/Safety/CloudPaths.h"
 #include "CleanerCore/Support/Text.h"
 
 #include <algorithm>

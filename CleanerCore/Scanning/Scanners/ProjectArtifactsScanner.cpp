@@ -1,8 +1,8 @@
 #include "CleanerCore/Scanning/Scanners/ProjectArtifactsScanner.h"
 
 #include "CleanerCore/Files/FS.h"
-#include "CleanerCore/Removal/SafetyPolicy.h"
-#include "CleanerCore/Scanning/ListingAhead.h"
+#include "CleanerCore/Safety/SafetyPolicy.h"
+#include "CleanerCore/Scanning/Scanners/ListingAhead.h"
 #include "CleanerCore/Scanning/Scanners/PathFinding.h"
 #include "CleanerCore/Scanning/Scanners/ProjectArtifacts.h"
 #include "CleanerCore/Support/PathText.h"

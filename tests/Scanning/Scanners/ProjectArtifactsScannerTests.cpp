@@ -1,6 +1,6 @@
 #include "CleanerCore/Files/FS.h"
 #include "CleanerCore/Process/Shell.h"
-#include "CleanerCore/Scanning/ListingAhead.h"
+#include "CleanerCore/Scanning/Scanners/ListingAhead.h"
 #include "CleanerCore/Scanning/Scanners/ProjectArtifactsScanner.h"
 #include "CleanerCore/Support/PathText.h"
 #include "tests/Support/ScannerFixtures.h"

@@ -1,0 +1,203 @@
+#include "CleanerCore/Removal/Quarantine/Quarantine.h"
+
+#include "CleanerCore/Files/FS.h"
+#include "CleanerCore/Platform/Removal.h"
+#include "CleanerCore/Removal/Quarantine/QuarantineError.h"
+#include "CleanerCore/Removal/Quarantine/QuarantineRestore.h"
+#include "CleanerCore/Removal/Quarantine/RestoreDestination.h"
+#include "CleanerCore/Support/ByteSum.h"
+#include "CleanerCore/Support/PathText.h"
+#include "CleanerCore/Support/UUID.h"
+
+#include <fmt/chrono.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <ctime>
+#include <tuple>
+
+namespace loftmere {
+
+namespace {
+
+constexpr double secondsOfDay = 86400;
+
+// "20260115-093012-7F3A9C", in local time. Going on in the folder of another session would lose that one's
+// list.
+std::string newSessionID(const Paths& paths, Date now) {
+    const time_t seconds = std::chrono::system_clock::to_time_t(now);
+    tm local{};
+    ::localtime_r(&seconds, &local);
+    std::string id;
+    do {
+        id = fmt::format("{:%Y%m%d-%H%M%S}-{}", local, newUUID().substr(0, 6));
+    } while (FS::exists(joinPath(paths.quarantineDir(), id)));
+    return id;
+}
+
+} // namespace
+
+Quarantine::Quarantine(const Paths& paths) : paths_(paths), reserve_(paths) {}
+
+Quarantine::~Quarantine() {
+    for (const auto& [id, writer] : writers_) (void)writer->finish();
+}
+
+Result<QuarantineSession> Quarantine::beginSession(const TriggerSource& trigger, int64_t retentionDays,
+                                                   Date now) {
+    const QuarantineSession session{
+        .id = newSessionID(paths_, now),
+        .createdAt = now,
+        .expiresAt = addSeconds(now, static_cast<double>(retentionDays) * secondsOfDay),
+        .trigger = trigger,
+        .entries = {},
+    };
+    auto made = withReserve(reserve_, [&] { return QuarantineFolder::create(paths_, session); });
+    if (!made) return failed(std::move(made.error()));
+    return session;
+}
+
+Result<QuarantineWriter*> Quarantine::writerOf(const std::string& sessionID) {
+    const std::lock_guard guard(lock_);
+    auto& writer = writers_[sessionID];
+    if (!writer) {
+        auto opened = QuarantineWriter::open(paths_, sessionID);
+        if (!opened) {
+            writers_.erase(sessionID);
+            return failed(std::move(opened.error()));
+        }
+        writer = std::make_unique<QuarantineWriter>(std::move(*opened));
+    }
+    return writer.get();
+}
+
+void Quarantine::foresee(const QuarantineSession& session, std::vector<ForeseenItem> items) {
+    if (auto writer = writerOf(session.id)) (*writer)->foresee(std::move(items));
+}
+
+Status Quarantine::add(const Place& place, const std::string& originalPath, int64_t size,
+                       CleanCategory category, QuarantineSession& session) {
+    auto writer = writerOf(session.id);
+    if (!writer) return failed(std::move(writer.error()));
+    QuarantineEntry entry{.originalPath = originalPath, .storedName = "", .size = size, .category = category};
+    const bool isReachedByLink = place.realPath() != originalPath;
+    if (isReachedByLink && !isAtOrUnder(place.realPath(), realFolderPath(paths_.home()))) {
+        entry.originalPath = place.realPath();
+    }
+    return (*writer)->add(place, std::move(entry), session);
+}
+
+Status Quarantine::add(const std::string& path, int64_t size, CleanCategory category,
+                       QuarantineSession& session) {
+    const auto place = Place::open(path);
+    if (!place) return failed(place.error());
+    return add(*place, path, size, category, session);
+}
+
+Status Quarantine::finish(const QuarantineSession& session) {
+    auto writer = writerOf(session.id);
+    if (!writer) return failed(std::move(writer.error()));
+    Status finished = (*writer)->finish(session);
+    letGo(session.id);
+    reserve_.keep();
+    return finished;
+}
+
+// Ends this object's own writing of a session, so that its lock is free.
+void Quarantine::letGo(const std::string& sessionID) {
+    const std::lock_guard guard(lock_);
+    const auto writer = writers_.find(sessionID);
+    if (writer == writers_.end()) return;
+    (void)writer->second->finish();
+    writers_.erase(writer);
+}
+
+Result<std::vector<CleanFailure>> Quarantine::restore(const std::string& sessionID,
+                                                      const std::optional<std::set<std::string>>& entryIDs) {
+    if (!isEntryName(sessionID)) return failed(QuarantineError::invalidID(sessionID));
+    letGo(sessionID);
+    auto folder = QuarantineFolder::open(paths_, sessionID);
+    if (!folder && folder.error().code == ENOENT) return std::vector<CleanFailure>{};
+    if (!folder) return failed(std::move(folder.error()));
+    const auto lock = folder->lock();
+    if (!lock) return failed(lock.error());
+    auto session = folder->read();
+    if (!session) return failed(std::move(session.error()));
+    if (!*session) return std::vector<CleanFailure>{};
+    return QuarantineRestore(paths_, *folder, std::move(**session)).run(entryIDs);
+}
+
+std::vector<QuarantineSession> Quarantine::sessions() const {
+    struct Found {
+        QuarantineSession session;
+        std::optional<Date> made;
+    };
+    std::vector<Found> found;
+    for (const std::string& child : FS::children(paths_.quarantineDir())) {
+        const auto folder = QuarantineFolder::open(paths_, lastPathComponent(child));
+        if (!folder) continue;
+        auto session = folder->read();
+        if (session && *session) found.push_back({std::move(**session), folder->made()});
+    }
+    // The manifest tells whole seconds, in which several cleans may begin.
+    std::ranges::sort(found, std::ranges::greater(), [](const Found& one) {
+        return std::tie(one.session.createdAt, one.made, one.session.id);
+    });
+    std::vector<QuarantineSession> all;
+    for (Found& one : found) all.push_back(std::move(one.session));
+    return all;
+}
+
+std::vector<std::string> Quarantine::unreadable(const std::vector<QuarantineSession>& listed) const {
+    std::vector<std::string> names;
+    for (const DirectoryEntry& entry : FS::entries(paths_.quarantineDir())) {
+        if (entry.type != FileType::directory) continue;
+        const auto known = std::ranges::find(listed, entry.name, &QuarantineSession::id);
+        if (known == listed.end()) names.push_back(entry.name);
+    }
+    std::ranges::sort(names);
+    return names;
+}
+
+int64_t Quarantine::totalSize() const {
+    int64_t total = 0;
+    for (const QuarantineSession& session : sessions()) addBytes(total, session.totalSize());
+    return total;
+}
+
+Status Quarantine::purge(const std::string& sessionID) {
+    if (!isEntryName(sessionID)) return failed(QuarantineError::invalidID(sessionID));
+    letGo(sessionID);
+    const auto folder = QuarantineFolder::open(paths_, sessionID);
+    if (!folder) return failed(folder.error());
+    const auto lock = folder->lock();
+    if (!lock) return failed(lock.error());
+    return folder->remove();
+}
+
+int64_t Quarantine::purgeExpired(Date now) {
+    int64_t freed = 0;
+    for (const QuarantineSession& session : sessions()) {
+        if (session.expiresAt > now) continue;
+        const auto folder = QuarantineFolder::open(paths_, session.id);
+        if (!folder || !folder->lock()) continue; // being written
+        addBytes(freed, session.totalSize());
+        (void)purge(session.id);
+    }
+    sweepOrphans(now);
+    reserve_.keep();
+    return freed;
+}
+
+// A day's grace keeps a session that another process is just creating. A manifest that is damaged, or that
+// cannot be looked at just now, is no missing one.
+void Quarantine::sweepOrphans(Date now) const {
+    for (const std::string& child : FS::children(paths_.quarantineDir())) {
+        if (FS::isReachable(joinPath(child, "manifest.json"))) continue;
+        const auto modified = FS::modificationDate(child);
+        if (!modified || secondsBetween(*modified, now) <= secondsOfDay) continue;
+        if (const auto place = Place::open(child)) (void)removeItem(*place);
+    }
+}
+
+} // namespace loftmere

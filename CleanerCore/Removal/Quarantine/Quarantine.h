@@ -1,0 +1,91 @@
+#pragma once
+
+#include "CleanerCore/Files/Paths.h"
+#include "CleanerCore/Platform/Place.h"
+#include "CleanerCore/Records/CleanReport.h"
+#include "CleanerCore/Removal/Quarantine/QuarantineSession.h"
+#include "CleanerCore/Removal/Quarantine/QuarantineWriter.h"
+#include "CleanerCore/Removal/Quarantine/SpaceReserve.h"
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace loftmere {
+
+// The undo store: what is removed is moved into a folder of the program's own on the same volume, never
+// copied, and can be brought back until its session expires. Whatever ends the process, every item is where
+// it was or in a session that `sessions` lists and `restore` brings back. Any thread, each session from one
+// at a time; several processes may use the store side by side. Blocks: never on the main thread.
+class Quarantine {
+public:
+    // Touches nothing on disk.
+    explicit Quarantine(const Paths& paths);
+
+    // Finishes the sessions that were not finished.
+    ~Quarantine();
+    Quarantine(const Quarantine&) = delete;
+    Quarantine& operator=(const Quarantine&) = delete;
+
+    // Makes a session's folder. It expires `retentionDays` after `now`, whatever the setting becomes later.
+    Result<QuarantineSession> beginSession(const TriggerSource& trigger, int64_t retentionDays, Date now);
+
+    // Tells what is likely to be added next, in that order. Only a matter of speed: each addition waits for
+    // the disk once, those that were foreseen wait together.
+    void foresee(const QuarantineSession& session, std::vector<ForeseenItem> items);
+
+    // Moves the item and adds its entry to the session. Fails, with nothing moved, when the item is on
+    // another volume, when its name is not valid UTF-8, when the policy lets nothing be taken from there, so
+    // that it could not be brought back, and when the file system refuses. The entry's path is
+    // `originalPath`, or the real one when a link on the way to it leads elsewhere outside the home, as none
+    // is followed on the way back.
+    Status add(const Place& place, const std::string& originalPath, int64_t size, CleanCategory category,
+               QuarantineSession& session);
+    Status add(const std::string& path, int64_t size, CleanCategory category, QuarantineSession& session);
+
+    // Writes the session's manifest and lets others at it. To be called after the last addition; forgotten,
+    // nothing is lost. On failure nothing is lost either.
+    Status finish(const QuarantineSession& session);
+
+    // Moves the entries back, all or those whose stored names are given, creating missing parent folders and
+    // overwriting nothing. The failures of single entries carry their original paths. Empty without a
+    // readable manifest. Fails when another run is just writing the session, when its journal cannot be read
+    // and when the manifest cannot be saved. The session's folder goes with its last entry.
+    Result<std::vector<CleanFailure>> restore(const std::string& sessionID,
+                                              const std::optional<std::set<std::string>>& entryIDs);
+
+    // Those whose manifest can be read, newest first; of one second, the one whose folder was made last.
+    std::vector<QuarantineSession> sessions() const;
+
+    // The names of the other folders, those that `listed`, as `sessions` has answered it, lacks: their
+    // manifest or their journal cannot be read. `purge` takes them.
+    std::vector<std::string> unreadable(const std::vector<QuarantineSession>& listed) const;
+
+    // The bytes of all entries that are still held.
+    int64_t totalSize() const;
+
+    // Deletes a session with all it holds, whether or not it can be read. Fails when another run is just
+    // writing it.
+    Status purge(const std::string& sessionID);
+
+    // Purges what has expired by `now`, and folders without a manifest that nobody has touched for a day.
+    // Answers the bytes that the purged sessions held. Sessions in use are passed over.
+    int64_t purgeExpired(Date now);
+
+private:
+    Result<QuarantineWriter*> writerOf(const std::string& sessionID);
+    void letGo(const std::string& sessionID);
+    void sweepOrphans(Date now) const;
+
+    const Paths paths_;
+    const SpaceReserve reserve_;
+    std::mutex lock_; // guards writers_
+    std::map<std::string, std::unique_ptr<QuarantineWriter>> writers_;
+};
+
+} // namespace loftmere

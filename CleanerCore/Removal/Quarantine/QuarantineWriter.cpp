@@ -1,0 +1,158 @@
+#include "CleanerCore/Removal/Quarantine/QuarantineWriter.h"
+
+#include "CleanerCore/Platform/Removal.h"
+#include "CleanerCore/Removal/Quarantine/QuarantineError.h"
+#include "CleanerCore/Support/PathText.h"
+#include "CleanerCore/Support/Text.h"
+
+#include <algorithm>
+#include <cerrno>
+
+namespace loftmere {
+
+namespace {
+
+constexpr size_t firstSave = 64; // below, the manifest is saved at the end only; from here at each doubling
+constexpr size_t smallestWindow = 8;
+constexpr size_t largestWindow = 512;
+constexpr size_t longestName = 255;
+
+} // namespace
+
+std::string storedNameOf(size_t count, const std::string& name) {
+    std::string stored = std::to_string(count) + "-" + name;
+    if (stored.size() <= longestName) return stored;
+    size_t size = longestName;
+    while ((static_cast<unsigned char>(stored[size]) & 0xC0U) == 0x80U) --size; // whole characters only
+    stored.resize(size);
+    return stored;
+}
+
+QuarantineWriter::QuarantineWriter(const Paths& paths, QuarantineFolder folder, FileLock lock)
+    : policy_(paths, {}),
+      reserve_(paths),
+      folder_(std::move(folder)),
+      lock_(std::move(lock)),
+      nextSave_(firstSave),
+      window_(smallestWindow) {}
+
+Result<QuarantineWriter> QuarantineWriter::open(const Paths& paths, const std::string& sessionID) {
+    auto folder = QuarantineFolder::open(paths, sessionID);
+    if (!folder) return failed(std::move(folder.error()));
+    auto lock = folder->lock();
+    if (!lock) return failed(std::move(lock.error()));
+    const auto session = folder->read();
+    if (!session) return failed(session.error());
+    if (!*session) return failed(Failure::posix(ENOENT, "read", folder->itemPath("")));
+    QuarantineWriter writer(paths, std::move(*folder), std::move(*lock));
+    writer.count_ = (*session)->entries.size();
+    writer.nextSave_ = std::max(firstSave, 2 * writer.count_);
+    return writer;
+}
+
+void QuarantineWriter::foresee(std::vector<ForeseenItem> items) {
+    foreseen_ = std::move(items);
+    foreseenAt_.clear();
+    for (size_t i = 0; i < foreseen_.size(); ++i) foreseenAt_.emplace(foreseen_[i].originalPath, i);
+}
+
+Status QuarantineWriter::add(const Place& place, QuarantineEntry entry, QuarantineSession& session) {
+    // Another copy of the session has been added to: going on from this one would forget its entries.
+    if (session.entries.size() != count_) return failed(QuarantineError::inUse(session.id));
+    if (!isValidUTF8(entry.originalPath) || !isValidUTF8(place.name())) {
+        return failed(QuarantineError::unreadableName(entry.originalPath));
+    }
+    const auto verdict = policy_.check(entry.originalPath, place);
+    if (const auto* blocked = std::get_if<SafetyPolicy::Blocked>(&verdict))
+        return failed(QuarantineError::noWayBack(entry.originalPath, blocked->reason));
+    entry.storedName = storedNameOf(count_, lastPathComponent(entry.originalPath));
+    const auto stored = folder_.item(entry.storedName);
+    if (!stored) return failed(QuarantineError::missing(folder_.itemPath(entry.storedName)));
+    if (place.isOnAnotherVolume(*stored)) return failed(QuarantineError::differentVolume(place.name()));
+    if (auto announced = ensureAnnounced(entry); !announced) return announced;
+    if (auto moved = moveItem(place, *stored); !moved) {
+        // Two mounts of one volume look like one until the move is tried.
+        if (moved.error().code == EXDEV) return failed(QuarantineError::differentVolume(place.name()));
+        return moved;
+    }
+    session.entries.push_back(std::move(entry));
+    ++count_;
+    ++arrived_;
+    saveNowAndThen(session);
+    return {};
+}
+
+Status QuarantineWriter::ensureAnnounced(const QuarantineEntry& entry) {
+    const bool isNext = arrived_ < announced_.size() && announced_[arrived_] == entry;
+    if (isNext) return {};
+    // The window grows while it serves to its end.
+    window_ = arrived_ == announced_.size() ? std::min(2 * window_, largestWindow) : smallestWindow;
+    return withReserve(reserve_, [&] { return announce(entry); });
+}
+
+Status QuarantineWriter::announce(const QuarantineEntry& entry) {
+    if (auto opened = openJournal(); !opened) return opened;
+    announced_.clear();
+    arrived_ = 0;
+    std::vector<QuarantineEntry> window = withFollowing(entry);
+    if (window.empty()) return failed(Failure::posix(EEXIST, "move", entry.originalPath));
+    if (auto written = QuarantineJournal::announceArriving(*journal_, window); !written) return written;
+    announced_ = std::move(window);
+    return {};
+}
+
+// The entry and those expected after it. A name that is taken already must not be announced: its item would
+// pass for the one that was announced last. Empty when that is so of the first.
+std::vector<QuarantineEntry> QuarantineWriter::withFollowing(const QuarantineEntry& entry) {
+    std::vector<QuarantineEntry> window;
+    if (!folder_.isAbsent(entry.storedName)) return window;
+    window.push_back(entry);
+    const auto known = foreseenAt_.find(entry.originalPath);
+    if (known == foreseenAt_.end()) return window;
+    for (size_t at = known->second + 1; at < foreseen_.size() && window.size() < window_; ++at) {
+        const ForeseenItem& next = foreseen_[at];
+        const std::string name = storedNameOf(count_ + window.size(), lastPathComponent(next.originalPath));
+        if (!isValidUTF8(next.originalPath) || !folder_.isAbsent(name)) break;
+        window.push_back({next.originalPath, name, next.size, next.category});
+    }
+    return window;
+}
+
+Status QuarantineWriter::openJournal() {
+    if (journal_) return {};
+    auto file = folder_.openJournal();
+    if (!file) return failed(std::move(file.error()));
+    journal_ = std::move(*file);
+    return {};
+}
+
+// A convenience for other readers of the manifest; what it lacks is in the journal, so a failure changes
+// nothing.
+void QuarantineWriter::saveNowAndThen(const QuarantineSession& session) {
+    if (count_ < nextSave_) return;
+    nextSave_ = 2 * count_;
+    (void)folder_.save(session);
+}
+
+Status QuarantineWriter::finish(const QuarantineSession& session) {
+    if (!journal_ && !folder_.hasJournal()) return {};
+    if (session.entries.size() != count_) return finish(); // an older copy must not forget entries
+    auto saved = withReserve(reserve_, [&] { return folder_.save(session); });
+    if (!saved) return saved;
+    folder_.dropJournal();
+    journal_.reset();
+    announced_.clear();
+    arrived_ = 0;
+    return {};
+}
+
+Status QuarantineWriter::finish() {
+    if (!folder_.hasJournal()) return {};
+    const auto session = folder_.read();
+    if (!session) return failed(session.error());
+    if (!*session) return {}; // a manifest that cannot be read is left for whoever can
+    count_ = (*session)->entries.size();
+    return finish(**session);
+}
+
+} // namespace loftmere

@@ -1,0 +1,168 @@
+#include "CleanerCore/Scanning/Photos/JpegThumbnail.h"
+
+#include "CleanerCore/Scanning/Photos/AreaReducer.h"
+#include "CleanerCore/Scanning/Photos/JpegFirstScan.h"
+#include "CleanerCore/Scanning/Photos/JpegInput.h"
+#include "CleanerCore/Scanning/Photos/Luma.h"
+#include "CleanerCore/Scanning/Photos/Orientation.h"
+
+#include <jerror.h>
+
+#include <algorithm>
+#include <csetjmp>
+#include <string_view>
+
+namespace loftmere {
+
+namespace {
+
+constexpr int exifMarker = JPEG_APP0 + 1;
+constexpr unsigned exifBytesKept = 4096; // the orientation stands at the start
+constexpr std::string_view exifName{"Exif\0\0", 6};
+
+// What libjpeg may hold of a picture that is told in several scans, and how often it may go over it. A file
+// can name any size and repeat scans that cost a few bytes each.
+constexpr int64_t largestCoefficients = int64_t{128} << 20;
+constexpr int mostScans = 100;
+
+// What may be read to find a picture of any size, in a file that may be long but empty.
+constexpr int64_t largestFile = int64_t{512} << 20;
+constexpr int64_t mostBesidePicture = int64_t{32} << 20;
+
+struct ErrorManager : jpeg_error_mgr {
+    std::jmp_buf escape;
+};
+
+[[noreturn]] void leave(j_common_ptr decoder) {
+    std::longjmp(static_cast<ErrorManager*>(decoder->err)->escape, 1);
+}
+
+// Of the library's many warnings, data that ends before the picture does: it would go on in plain grey.
+void leaveWhenCutShort(j_common_ptr decoder, int level) {
+    if (level < 0 && decoder->err->msg_code == JWRN_HIT_MARKER) leave(decoder);
+}
+
+// Asked for each row: a little data can stand for many of them, so that none is asked for meanwhile.
+void stopWhenCancelledOrEndless(j_common_ptr common) {
+    const auto* decoder = reinterpret_cast<j_decompress_ptr>(common);
+    const auto* input = static_cast<const JpegInput*>(decoder->src);
+    if (decoder->input_scan_number > mostScans || input->isCancelled()) leave(common);
+}
+
+// libjpeg, with its way of failing turned into answers.
+class JpegDecoder {
+public:
+    explicit JpegDecoder(JpegInput& input) : input_(input) {
+        decoder_.err = jpeg_std_error(&errors_);
+        errors_.error_exit = leave;
+        errors_.emit_message = leaveWhenCutShort;
+        errors_.output_message = [](j_common_ptr) {};
+        progress_.progress_monitor = stopWhenCancelledOrEndless;
+    }
+    ~JpegDecoder() { jpeg_destroy_decompress(&decoder_); }
+    JpegDecoder(const JpegDecoder&) = delete;
+    JpegDecoder& operator=(const JpegDecoder&) = delete;
+
+    std::optional<Thumbnail> read() {
+        input_.allow(mostBesidePicture);
+        if (!guarded([&] { readHeader(); })) return std::nullopt;
+        const int64_t pixels = int64_t{decoder_.image_width} * decoder_.image_height;
+        if (pixels > mostPixels) return std::nullopt;
+        input_.allow(mostBesidePicture + 2 * pixels * decoder_.num_components);
+        auto image = readImage();
+        if (!image) return std::nullopt;
+        return Thumbnail{.image = turnedUpright(*image, orientation()), .pixelCount = pixels};
+    }
+
+private:
+    // Runs calls into libjpeg; false when one failed. An error jumps here over the frames in between, so
+    // `calls` must not create anything that wants to be destroyed.
+    template <class Calls> bool guarded(const Calls& calls) {
+        if (setjmp(errors_.escape) != 0) return false; // NOLINT(cert-err52-cpp): the library's only way
+        calls();
+        return true;
+    }
+
+    void readHeader() {
+        jpeg_create_decompress(&decoder_);
+        decoder_.src = &input_;
+        decoder_.progress = &progress_;
+        jpeg_save_markers(&decoder_, exifMarker, exifBytesKept);
+        jpeg_read_header(&decoder_, TRUE);
+    }
+
+    std::optional<GreyImage> readImage() {
+        const auto scale = reduction();
+        if (scale == 8 && canReadFirstScan(decoder_)) return readFirstScan(decoder_, input_, thumbnailSide);
+        if (jpeg_has_multiple_scans(&decoder_) && coefficientBytes() > largestCoefficients)
+            return std::nullopt;
+        if (!guarded([&] { start(scale); })) return std::nullopt;
+        std::vector<uint8_t> row(size_t(decoder_.output_width) * size_t(decoder_.output_components));
+        AreaReducer reducer =
+            AreaReducer::fitting(int(decoder_.output_width), int(decoder_.output_height), thumbnailSide);
+        JSAMPROW target = row.data();
+        while (decoder_.output_scanline < decoder_.output_height) {
+            if (!guarded([&] { jpeg_read_scanlines(&decoder_, &target, 1); })) return std::nullopt;
+            if (decoder_.output_components == 4) {
+                inksToGrey(row.data(), decoder_.output_width, hasInvertedInks(), row.data());
+            }
+            reducer.addRow(row.data());
+        }
+        return reducer.result();
+    }
+
+    // The largest reduction that the decoder makes at no cost and that leaves a thumbnail's worth.
+    unsigned reduction() const {
+        const unsigned longer = std::max(decoder_.image_width, decoder_.image_height);
+        for (const unsigned scale : {8U, 4U, 2U}) {
+            if (longer / scale >= unsigned(thumbnailSide)) return scale;
+        }
+        return 1;
+    }
+
+    void start(unsigned scale) {
+        decoder_.scale_num = 1;
+        decoder_.scale_denom = scale;
+        decoder_.out_color_space = decoder_.num_components == 4 ? JCS_CMYK : JCS_GRAYSCALE;
+        decoder_.do_fancy_upsampling = FALSE;
+        decoder_.do_block_smoothing = FALSE;
+        decoder_.dct_method = JDCT_IFAST;
+        jpeg_start_decompress(&decoder_);
+    }
+
+    int64_t coefficientBytes() const {
+        int64_t bytes = 0;
+        for (int i = 0; i < decoder_.num_components; ++i) {
+            const jpeg_component_info& info = decoder_.comp_info[i];
+            bytes += int64_t{info.width_in_blocks} * info.height_in_blocks * int64_t{sizeof(JBLOCK)};
+        }
+        return bytes;
+    }
+
+    // Whoever writes the Adobe marker also writes inks as light, 255 for none.
+    bool hasInvertedInks() const { return decoder_.saw_Adobe_marker != FALSE; }
+
+    int orientation() const {
+        for (auto* marker = decoder_.marker_list; marker != nullptr; marker = marker->next) {
+            const std::string_view data(reinterpret_cast<const char*>(marker->data), marker->data_length);
+            if (!data.starts_with(exifName)) continue;
+            return exifOrientation(std::span(marker->data, marker->data_length).subspan(exifName.size()));
+        }
+        return uprightOrientation;
+    }
+
+    JpegInput& input_;
+    jpeg_decompress_struct decoder_{};
+    ErrorManager errors_{};
+    jpeg_progress_mgr progress_{};
+};
+
+} // namespace
+
+std::optional<Thumbnail> jpegThumbnail(const RegularFile& file, const FS::CancelCheck& isCancelled) {
+    if (file.size() > largestFile) return std::nullopt;
+    JpegInput input(file, isCancelled);
+    return JpegDecoder(input).read();
+}
+
+} // namespace loftmere
