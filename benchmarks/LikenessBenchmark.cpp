@@ -1,6 +1,5 @@
 // The grouping of likeness hashes, of as many as are told behind the slash.
-#include "CleanerCore/Scanning/Photos/DifferenceHash.h"
-#include "CleanerCore/Scanning/Photos/LikenessGroups.h"
+#include "CleanerCore/Scanning/Photos/Likeness.h"
 
 #include <benchmark/benchmark.h>
 

@@ -1,8 +1,8 @@
-// Prints what SimilarPhotosScanner::dHash answers for the files of a folder, hash, pixel count and path,
+// Prints what dHash answers for the files of a folder, hash, pixel count and path,
 // decoding as the scanner does: the largest files first, on two threads.
 #include "CleanerCore/Files/FS.h"
 #include "CleanerCore/Platform/FileStatus.h"
-#include "CleanerCore/Scanning/Photos/SimilarPhotosScanner.h"
+#include "CleanerCore/Scanning/Photos/Likeness.h"
 #include "CleanerCore/Support/Concurrent.h"
 
 #include <fmt/format.h>
@@ -19,9 +19,8 @@ int main(int count, char** arguments) {
         const auto status = linkStatus(path);
         return status ? status->size : 0;
     });
-    std::vector<std::optional<SimilarPhotosScanner::Likeness>> likenesses(paths.size());
-    concurrentPerform(paths.size(), 2,
-                      [&](size_t i) { likenesses[i] = SimilarPhotosScanner::dHash(paths[i]); });
+    std::vector<std::optional<Likeness>> likenesses(paths.size());
+    concurrentPerform(paths.size(), 2, [&](size_t i) { likenesses[i] = dHash(paths[i]); });
     for (size_t i = 0; i < paths.size(); ++i) {
         if (likenesses[i])
             fmt::print("{:016x} {} {}\n", likenesses[i]->hash, likenesses[i]->pixelCount, paths[i]);

@@ -1,5 +1,5 @@
-#include "CleanerCore/Scanning/Photos/Orientation.h"
-#include "CleanerCore/Scanning/Photos/SimilarPhotosScanner.h"
+#include "CleanerCore/Scanning/Photos/Likeness.h"
+#include "CleanerCore/Scanning/Photos/Thumbnail.h"
 #include "tests/Scanning/Photos.h"
 #include "tests/Support/TemporaryHome.h"
 
@@ -16,12 +16,6 @@ using test::photo;
 using test::photoContent;
 
 namespace {
-
-using Likeness = SimilarPhotosScanner::Likeness;
-
-std::optional<Likeness> dHash(const std::string& path, const FS::CancelCheck& isCancelled = nullptr) {
-    return SimilarPhotosScanner::dHash(path, isCancelled);
-}
 
 // The pictures of one scene, with the number of their pixels.
 struct Kinds {

@@ -1,4 +1,4 @@
-#include "CleanerCore/Scanning/Photos/LikenessGroups.h"
+#include "CleanerCore/Scanning/Photos/Likeness.h"
 
 #include <gtest/gtest.h>
 

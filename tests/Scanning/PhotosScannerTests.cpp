@@ -1,3 +1,4 @@
+#include "CleanerCore/Files/FS.h"
 #include "CleanerCore/Platform/FileStatus.h"
 #include "CleanerCore/Scanning/Photos/SimilarPhotosScanner.h"
 #include "tests/Scanning/Photos.h"

@@ -1,31 +1,101 @@
-#include "CleanerCore/Scanning/Photos/JpegThumbnail.h"
-
-#include "CleanerCore/Scanning/Photos/AreaReducer.h"
-#include "CleanerCore/Scanning/Photos/JpegFirstScan.h"
-#include "CleanerCore/Scanning/Photos/JpegInput.h"
-#include "CleanerCore/Scanning/Photos/Luma.h"
-#include "CleanerCore/Scanning/Photos/Orientation.h"
+#include "CleanerCore/Scanning/Photos/JpegDecoding.h"
+#include "CleanerCore/Scanning/Photos/Thumbnail.h"
 
 #include <jerror.h>
 
 #include <algorithm>
 #include <csetjmp>
+#include <cstring>
 #include <string_view>
 
 namespace loftmere {
 
 namespace {
 
+constexpr size_t blockSize = 65536;
+
+bool belongsToData(int code) {
+    return code == 0 || (code >= JPEG_RST0 && code < JPEG_RST0 + 8);
+}
+
+} // namespace
+
+JpegInput::JpegInput(const RegularFile& file, const FS::CancelCheck& isCancelled)
+    : jpeg_source_mgr{}, file_(file), isCancelled_(isCancelled), block_(blockSize) {
+    init_source = [](j_decompress_ptr) {};
+    fill_input_buffer = fillForLibrary;
+    skip_input_data = skipForLibrary;
+    resync_to_restart = jpeg_resync_to_restart;
+    term_source = [](j_decompress_ptr) {};
+}
+
+bool JpegInput::refill() {
+    if (allowance_ <= 0 || isCancelled()) return false;
+    const size_t got = file_.read(position_, std::as_writable_bytes(std::span(block_))).value_or(0);
+    position_ += int64_t(got);
+    allowance_ -= int64_t(got);
+    next_input_byte = block_.data();
+    bytes_in_buffer = got;
+    return got > 0;
+}
+
+void JpegInput::skip(size_t count) {
+    const size_t held = std::min(count, bytes_in_buffer);
+    next_input_byte += held;
+    bytes_in_buffer -= held;
+    position_ += int64_t(count - held);
+}
+
+int JpegInput::nextMarker() {
+    while (bytes_in_buffer > 0 || refill()) {
+        const void* found = std::memchr(next_input_byte, 0xFF, bytes_in_buffer);
+        if (found == nullptr) {
+            bytes_in_buffer = 0;
+            continue;
+        }
+        skip(size_t(static_cast<const uint8_t*>(found) - next_input_byte));
+        int code = 0xFF;
+        while (code == 0xFF) code = next(); // a code may follow any number of them
+        if (!belongsToData(code)) return code;
+    }
+    return -1;
+}
+
+bool JpegInput::reachesEnd() {
+    while (true) {
+        const int code = nextMarker();
+        if (code < 0 || code == JPEG_EOI) return code == JPEG_EOI;
+        const int high = next();
+        const int low = next();
+        if (low < 0) return false;
+        const auto length = size_t(high << 8 | low);
+        if (length > 2) skip(length - 2);
+    }
+}
+
+// Missing data is not made up: a file that is cut short counts as damaged.
+boolean JpegInput::fillForLibrary(j_decompress_ptr decoder) {
+    auto* input = static_cast<JpegInput*>(decoder->src);
+    if (!input->refill()) decoder->err->error_exit(reinterpret_cast<j_common_ptr>(decoder));
+    return TRUE;
+}
+
+void JpegInput::skipForLibrary(j_decompress_ptr decoder, long count) {
+    if (count > 0) static_cast<JpegInput*>(decoder->src)->skip(size_t(count));
+}
+
+namespace {
+
 constexpr int exifMarker = JPEG_APP0 + 1;
-constexpr unsigned exifBytesKept = 4096; // the orientation stands at the start
+constexpr unsigned exifBytesKept = 4096; // the orientation is near the start
 constexpr std::string_view exifName{"Exif\0\0", 6};
 
-// What libjpeg may hold of a picture that is told in several scans, and how often it may go over it. A file
-// can name any size and repeat scans that cost a few bytes each.
+// How much libjpeg may hold of a picture in several scans, and how many scans it may read. A file can claim
+// any size, and can repeat scans that take a few bytes each.
 constexpr int64_t largestCoefficients = int64_t{128} << 20;
 constexpr int mostScans = 100;
 
-// What may be read to find a picture of any size, in a file that may be long but empty.
+// How much may be read to find a picture of any size, in a file that may be long but empty.
 constexpr int64_t largestFile = int64_t{512} << 20;
 constexpr int64_t mostBesidePicture = int64_t{32} << 20;
 
@@ -37,19 +107,20 @@ struct ErrorManager : jpeg_error_mgr {
     std::longjmp(static_cast<ErrorManager*>(decoder->err)->escape, 1);
 }
 
-// Of the library's many warnings, data that ends before the picture does: it would go on in plain grey.
+// Of the library's many warnings, the one for data that ends before the picture does. The library would go on
+// in plain grey.
 void leaveWhenCutShort(j_common_ptr decoder, int level) {
     if (level < 0 && decoder->err->msg_code == JWRN_HIT_MARKER) leave(decoder);
 }
 
-// Asked for each row: a little data can stand for many of them, so that none is asked for meanwhile.
+// Runs for each row: a little data can make many rows, during which no input is asked for.
 void stopWhenCancelledOrEndless(j_common_ptr common) {
     const auto* decoder = reinterpret_cast<j_decompress_ptr>(common);
     const auto* input = static_cast<const JpegInput*>(decoder->src);
     if (decoder->input_scan_number > mostScans || input->isCancelled()) leave(common);
 }
 
-// libjpeg, with its way of failing turned into answers.
+// libjpeg, with its jumps on failure turned into results.
 class JpegDecoder {
 public:
     explicit JpegDecoder(JpegInput& input) : input_(input) {
@@ -75,8 +146,8 @@ public:
     }
 
 private:
-    // Runs calls into libjpeg; false when one failed. An error jumps here over the frames in between, so
-    // `calls` must not create anything that wants to be destroyed.
+    // Runs calls into libjpeg. False when one failed. An error jumps here over the frames in between, so
+    // `calls` must not create anything that needs to be destroyed.
     template <class Calls> bool guarded(const Calls& calls) {
         if (setjmp(errors_.escape) != 0) return false; // NOLINT(cert-err52-cpp): the library's only way
         calls();
@@ -111,7 +182,7 @@ private:
         return reducer.result();
     }
 
-    // The largest reduction that the decoder makes at no cost and that leaves a thumbnail's worth.
+    // The largest reduction that costs the decoder nothing and still leaves enough for a thumbnail.
     unsigned reduction() const {
         const unsigned longer = std::max(decoder_.image_width, decoder_.image_height);
         for (const unsigned scale : {8U, 4U, 2U}) {
@@ -139,7 +210,7 @@ private:
         return bytes;
     }
 
-    // Whoever writes the Adobe marker also writes inks as light, 255 for none.
+    // Programs that write the Adobe marker also write inks inverted, 255 for none.
     bool hasInvertedInks() const { return decoder_.saw_Adobe_marker != FALSE; }
 
     int orientation() const {

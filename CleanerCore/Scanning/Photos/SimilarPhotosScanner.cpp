@@ -1,28 +1,85 @@
 #include "CleanerCore/Scanning/Photos/SimilarPhotosScanner.h"
 
-#include "CleanerCore/Scanning/Photos/DifferenceHash.h"
-#include "CleanerCore/Scanning/Photos/LikenessGroups.h"
-#include "CleanerCore/Scanning/Photos/PhotoFiles.h"
-#include "CleanerCore/Scanning/Photos/ThumbnailSource.h"
+#include "CleanerCore/Files/VisibleTree.h"
+#include "CleanerCore/Platform/Place.h"
+#include "CleanerCore/Scanning/Photos/Likeness.h"
 #include "CleanerCore/Support/Concurrent.h"
 #include "CleanerCore/Support/PathText.h"
+#include "CleanerCore/Support/Text.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <array>
+#include <map>
+#include <string_view>
 #include <tuple>
+#include <unordered_set>
+#include <utility>
 
 namespace loftmere {
 
 namespace {
 
 constexpr std::array<const char*, 4> roots{"Pictures", "Desktop", "Downloads", "Documents"};
+constexpr std::array<std::string_view, 8> exts{"jpg", "jpeg", "png", "heic", "heif", "tiff", "tif", "webp"};
 constexpr size_t decodingThreads = 2;
 
-// A picture that could be read. They stand in order of discovery, on which the groups depend.
+// A file that may be a photograph, found by its name.
+struct PhotoFile {
+    std::string path;
+    FileStatus status;
+    size_t content = 0; // index of the first file found that is the same one under another name, else its own
+};
+
+// Gathers the regular files with one of the extensions, in order of discovery.
+class PhotoFiles {
+public:
+    // Asked for each visible entry before it is looked at. False ends the walk.
+    using Visit = std::function<bool(const std::string& path)>;
+
+    // Adds what is visible below a folder. A folder that cannot be read adds nothing. `root` may lead to
+    // files that were found before, through a link; they are not added again. False when `visit` has ended
+    // the walk.
+    bool add(const std::string& root, const Visit& visit) {
+        bool ended = false;
+        walkVisibleTree(root, [&](const WalkEntry& entry) {
+            ended = !visit(entry.path);
+            if (ended) return WalkStep::stop;
+            const std::string extension = asciiLowercased(pathExtension(entry.name));
+            const bool isWanted = std::ranges::find(exts, extension) != exts.end();
+            if (isWanted && entry.type == FileType::regular) addFile(entry);
+            return WalkStep::proceed;
+        });
+        return !ended;
+    }
+
+    const std::vector<PhotoFile>& files() const { return files_; }
+
+private:
+    void addFile(const WalkEntry& entry) {
+        const auto status = entry.status();
+        if (!status || status->type != FileType::regular) return;
+        if (status->links > 1 && !isNewName(entry.path)) return;
+        const auto [known, isNew] = known_.try_emplace({status->device, status->inode}, files_.size());
+        if (!isNew && status->links < 2) return;
+        files_.push_back({.path = entry.path, .status = *status, .content = known->second});
+    }
+
+    bool isNewName(const std::string& path) {
+        const auto place = Place::open(path);
+        return place && names_.insert(place->realPath()).second;
+    }
+
+    std::vector<PhotoFile> files_;
+    std::map<std::pair<uint64_t, uint64_t>, size_t> known_; // by device and inode
+    std::unordered_set<std::string> names_;                 // real paths of the files that have several names
+};
+
+// A picture that could be read. Entries are in order of discovery, on which the groups depend.
 struct Entry {
     const PhotoFile* file;
-    SimilarPhotosScanner::Likeness likeness;
+    Likeness likeness;
 };
 
 // Absent when cancelled.
@@ -34,12 +91,12 @@ std::optional<PhotoFiles> findPhotos(const ScanContext& context) {
         return true;
     };
     for (const char* root : roots) {
-        if (!photos.add(context.homeURL(root), SimilarPhotosScanner::exts, visit)) return std::nullopt;
+        if (!photos.add(context.homeURL(root), visit)) return std::nullopt;
     }
     return photos;
 }
 
-// The files that are to be decoded, largest first, so that no thread is left with a large one at the end.
+// The files to decode, largest first, so that no thread is left with a large one at the end.
 std::vector<size_t> decodingOrder(const std::vector<PhotoFile>& files) {
     std::vector<size_t> order;
     for (size_t i = 0; i < files.size(); ++i) {
@@ -49,23 +106,15 @@ std::vector<size_t> decodingOrder(const std::vector<PhotoFile>& files) {
     return order;
 }
 
-std::optional<SimilarPhotosScanner::Likeness> likenessOf(const RegularFile& file,
-                                                         const FS::CancelCheck& isCancelled) {
-    const auto thumbnail = readThumbnail(file, isCancelled);
-    if (!thumbnail) return std::nullopt;
-    return SimilarPhotosScanner::Likeness{.hash = differenceHash(thumbnail->image),
-                                          .pixelCount = thumbnail->pixelCount};
-}
-
-// The pictures among the files; of no use when cancelled meanwhile.
+// The pictures among the files. The result is of no use when the scan is cancelled meanwhile.
 std::vector<Entry> readPhotos(const std::vector<PhotoFile>& files, const ScanContext& context) {
-    std::vector<std::optional<SimilarPhotosScanner::Likeness>> likenesses(files.size());
+    std::vector<std::optional<Likeness>> likenesses(files.size());
     const std::vector<size_t> order = decodingOrder(files);
     concurrentPerform(order.size(), decodingThreads, [&](size_t position) {
         if (context.isCancelled()) return;
         const size_t i = order[position];
         context.report(CleanCategory::similarPhotos, files[i].path);
-        // Nothing else is looked at that took the file's place since it was found, a link for one.
+        // Anything that took the file's place since it was found, such as a link, is not read.
         if (const auto file = RegularFile::openUnchanged(files[i].path, files[i].status)) {
             likenesses[i] = likenessOf(*file, context.isCancelled);
         }
@@ -100,12 +149,6 @@ ScanItem itemFor(const PhotoFile& file, const std::string& keeperName) {
 }
 
 } // namespace
-
-std::optional<SimilarPhotosScanner::Likeness>
-SimilarPhotosScanner::dHash(const std::string& path, const FS::CancelCheck& isCancelled) {
-    const auto file = RegularFile::open(path);
-    return file ? likenessOf(*file, isCancelled) : std::nullopt;
-}
 
 Result<std::vector<ScanItem>> SimilarPhotosScanner::scan(const ScanContext& context) const {
     std::vector<ScanItem> items;

@@ -1,21 +1,53 @@
 #pragma once
 
+#include "CleanerCore/Files/FS.h"
+#include "CleanerCore/Platform/RegularFile.h"
 #include "CleanerCore/Scanning/Photos/GreyImage.h"
 
 #include <cstdint>
+#include <optional>
+#include <span>
 
 namespace loftmere {
 
-// No side of a thumbnail is longer; a smaller picture keeps its size.
+// No side of a thumbnail is longer. A smaller picture keeps its size.
 inline constexpr int thumbnailSide = 64;
 
-// Larger pictures are not decoded, however few bytes tell them.
+// Larger pictures are not decoded, however few bytes they take in the file.
 inline constexpr int64_t mostPixels = 250'000'000;
 
-// A picture brought down to a few pixels, in grey and standing upright.
+// A picture reduced to a few grey pixels, upright.
 struct Thumbnail {
     GreyImage image;
-    int64_t pixelCount = 0; // of the picture in full
+    int64_t pixelCount = 0; // of the whole picture
 };
+
+// The thumbnail of a picture file, always made from the picture itself and never from a preview stored with
+// it. Goes by the content, not by the name. Reads JPEG, PNG, TIFF, WebP, HEIF and GIF, and of several
+// pictures in one file the first. Absent for anything that cannot be decoded: not a picture, damaged, cut
+// short, too large for bounded memory. Absent as well when `isCancelled`, asked often on the calling thread,
+// answers true. Any thread.
+std::optional<Thumbnail> readThumbnail(const RegularFile& file, const FS::CancelCheck& isCancelled);
+
+// What readThumbnail chooses from. Each reads the file from its start.
+
+enum class ImageKind { jpeg, png, tiff, webp, heif, gif };
+
+// Takes an eighth of the picture's resolution out of the data where that is enough, in a small and fixed
+// amount of memory. Absent when the data is damaged or cut short, when there is more than is decoded
+// (`mostPixels`, a file of 512 MiB) and when cancelled. This is also the fuzzers' way in.
+std::optional<Thumbnail> jpegThumbnail(const RegularFile& file, const FS::CancelCheck& isCancelled);
+
+// Any kind but JPEG, through libvips. Absent when the data is damaged or cut short, when cancelled, where
+// libvips is missing, and when the picture is larger than what is decoded: `mostPixels` in a file of 768 MiB,
+// or, for formats that must be held whole, 64 million pixels of 320 MiB in a file of 128 MiB. Large pictures
+// are decoded one at a time, and others wait. A cancel takes effect at once, but a decoding that cannot be
+// interrupted goes on by itself for a second or two.
+std::optional<Thumbnail> vipsThumbnail(const RegularFile& file, ImageKind kind,
+                                       const FS::CancelCheck& isCancelled);
+
+// The orientation in an Exif block, given from its TIFF header on; `uprightOrientation` where it has none.
+// This is also the fuzzers' way in.
+int exifOrientation(std::span<const uint8_t> exif);
 
 } // namespace loftmere

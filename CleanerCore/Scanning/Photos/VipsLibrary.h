@@ -1,12 +1,17 @@
 #pragma once
 
+#include "CleanerCore/Files/FS.h"
+#include "CleanerCore/Platform/RegularFile.h"
+
 #include <vips/vips.h>
+
+#include <cstdint>
 
 namespace loftmere {
 
-// libvips and the few functions used of it. It is loaded at the first picture that needs it and not linked:
-// it brings a hundred other libraries along, which would cost every start of the program some 60
-// milliseconds.
+// libvips, and the few of its functions that are used. It is loaded when the first picture needs it and not
+// linked, because it loads a hundred other libraries, which would add some 60 ms to every start of the
+// program.
 struct VipsLibrary {
     decltype(&::vips_init) init;
     decltype(&::vips_cache_set_max) cacheSetMax;
@@ -31,9 +36,37 @@ struct VipsLibrary {
     decltype(&::g_object_unref) objectUnref;
     decltype(&::g_log_set_handler) logSetHandler;
 
-    // Loads and sets up the library at the first call: no cache, no threads of its own, no other loaders than
-    // those above, nothing printed. Null where it is missing. Any thread.
+    // Loads the library at the first call and sets it up: no cache, no threads of its own, no loaders but
+    // those above, no output. Null where it is missing. Any thread.
     static const VipsLibrary* get();
+};
+
+// An open file as a data source for libvips. The file is never mapped, since a file that is cut short
+// meanwhile would kill the process. Once cancelled, every read fails, and so does the decoding.
+class VipsInput {
+public:
+    VipsInput(const VipsLibrary& vips, const RegularFile& file, const FS::CancelCheck& isCancelled);
+    ~VipsInput();
+    VipsInput(const VipsInput&) = delete;
+    VipsInput& operator=(const VipsInput&) = delete;
+
+    // Null when there is no memory for one. Must not be used after this object is gone.
+    VipsSource* source() const { return reinterpret_cast<VipsSource*>(source_); }
+
+    // How many bytes may be read from now on; none before the first call. Reading more fails. The library
+    // believes the lengths that a file states, and would hold that much of it in memory.
+    void allow(int64_t bytes) { allowance_ = bytes; }
+
+private:
+    static gint64 read(VipsSourceCustom* source, void* buffer, gint64 length, VipsInput* input);
+    static gint64 seek(VipsSourceCustom* source, gint64 offset, int whence, VipsInput* input);
+
+    const VipsLibrary& vips_;
+    const RegularFile& file_;
+    const FS::CancelCheck& isCancelled_;
+    int64_t position_ = 0;
+    int64_t allowance_ = 0;
+    VipsSourceCustom* source_;
 };
 
 } // namespace loftmere

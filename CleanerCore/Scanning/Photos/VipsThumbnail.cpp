@@ -1,15 +1,13 @@
-#include "CleanerCore/Scanning/Photos/VipsThumbnail.h"
-
-#include "CleanerCore/Scanning/Photos/AreaReducer.h"
-#include "CleanerCore/Scanning/Photos/DecodingTurn.h"
-#include "CleanerCore/Scanning/Photos/Luma.h"
-#include "CleanerCore/Scanning/Photos/Orientation.h"
-#include "CleanerCore/Scanning/Photos/VipsInput.h"
+#include "CleanerCore/Scanning/Photos/Thumbnail.h"
+#include "CleanerCore/Scanning/Photos/VipsLibrary.h"
 #include "CleanerCore/Support/Abandonable.h"
 
 #include <algorithm>
 #include <array>
+#include <atomic>
+#include <chrono>
 #include <memory>
+#include <thread>
 
 namespace loftmere {
 
@@ -17,9 +15,9 @@ namespace {
 
 constexpr int64_t mebi = int64_t{1} << 20;
 
-// What is decoded at most, in bytes but for the pixels, so that a small file that names a vast picture, or is
-// long but empty, costs seconds and not the machine. Pictures that come in rows need memory for a few of them
-// only; others are held whole.
+// The limits of what is decoded, in bytes except for the pixels. A small file that claims a vast picture, or
+// a file that is long but empty, must cost seconds and not the machine. A picture that comes in rows needs
+// memory for a few of them only; others are held whole.
 constexpr int64_t mostPixelsHeld = 64'000'000;
 constexpr int64_t largestPictureHeld = 320 * mebi;
 constexpr int64_t largestFileHeld = 128 * mebi;
@@ -28,14 +26,14 @@ constexpr int64_t mostBesidePicture = 64 * mebi; // profiles, previews, layers
 constexpr int64_t longestRow = 4 * mebi;
 constexpr int64_t stripBytes = mebi;
 
-// Whatever is larger is decoded one at a time; a camera's picture that is held takes some 40 MiB.
+// What is larger is decoded one at a time. A camera's picture that is held takes some 40 MiB.
 constexpr int64_t largestFileAtOnce = 32 * mebi;
 constexpr int64_t largestPictureAtOnce = 80 * mebi;
 
 struct Loader {
     ImageKind kind;
     decltype(VipsLibrary::pngLoad) VipsLibrary::* load;
-    bool isHeldWhole; // and decoded in one call, which nothing can interrupt
+    bool isHeldWhole; // and is decoded in one call that nothing can interrupt
 };
 
 constexpr std::array<Loader, 5> loaders{{
@@ -58,7 +56,36 @@ bool isPlain(const VipsImage& image) {
     return isUsual && image.BandFmt == VIPS_FORMAT_UCHAR && image.Coding == VIPS_CODING_NONE;
 }
 
-// One decoding on the calling thread. libvips computes what is asked of it, strip by strip.
+// The right to decode something that takes much memory. One thread of the program has it at a time. A
+// decoding that was abandoned but still runs keeps it until it ends.
+class DecodingTurn {
+public:
+    DecodingTurn() = default;
+    ~DecodingTurn() {
+        if (isHeld_) isTaken = false;
+    }
+    DecodingTurn(const DecodingTurn&) = delete;
+    DecodingTurn& operator=(const DecodingTurn&) = delete;
+
+    // Waits for it, unless it is held here already. False when cancelled meanwhile.
+    bool take(const FS::CancelCheck& isCancelled) {
+        while (!isHeld_ && isTaken.exchange(true)) {
+            if (isCancelled && isCancelled()) return false;
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
+        isHeld_ = true;
+        return true;
+    }
+
+private:
+    // Not a mutex: a waiting thread must notice a cancel, and an abandoned decoding may still run when the
+    // program ends and its objects are destroyed.
+    static inline std::atomic<bool> isTaken = false;
+
+    bool isHeld_ = false;
+};
+
+// One decoding on the calling thread. libvips computes the strips that it is asked for.
 class Decoding {
 public:
     Decoding(const VipsLibrary& vips, const RegularFile& file, const FS::CancelCheck& isCancelled)
@@ -66,7 +93,7 @@ public:
 
     std::optional<Thumbnail> read(const Loader& loader) {
         const int64_t size = file_.size();
-        // To open a file that is held reads all of it into memory, and ends the program where there is none.
+        // To open a file that is held reads all of it into memory, and kills the program when that runs out.
         if (size > (loader.isHeldWhole ? largestFileHeld : largestFile)) return std::nullopt;
         if (size > largestFileAtOnce && !turn_.take(isCancelled_)) return std::nullopt;
         input_.allow(mostBesidePicture + (loader.isHeldWhole ? size : 0));
@@ -98,7 +125,7 @@ private:
 
     int64_t pictureBytes(const VipsImage& image) const { return rowBytes(image) * image.Ysize; }
 
-    // Waits for the turn of a picture that is to be held.
+    // Waits for its turn if the picture must be held and is large.
     bool isAffordable(const VipsImage& image, const Loader& loader) {
         const int64_t pixels = int64_t{image.Xsize} * image.Ysize;
         if (rowBytes(image) > longestRow) return false;
@@ -153,7 +180,7 @@ private:
 std::optional<Thumbnail> decoded(const VipsLibrary& vips, const Loader& loader, const RegularFile& file,
                                  const FS::CancelCheck& isCancelled) {
     auto thumbnail = Decoding(vips, file, isCancelled).read(loader);
-    // The library keeps the messages of failures, and buffers for each thread, until told otherwise.
+    // The library keeps failure messages, and buffers for each thread, until it is told to drop them.
     vips.errorClear();
     vips.threadShutdown();
     return thumbnail;

@@ -1,9 +1,77 @@
-#include "CleanerCore/Scanning/Photos/AreaReducer.h"
+#include "CleanerCore/Scanning/Photos/GreyImage.h"
 
 #include <algorithm>
+#include <array>
 #include <numeric>
 
 namespace loftmere {
+
+namespace {
+
+// The brightness of a colour, weighted as in video and JPEG.
+constexpr uint8_t luma(unsigned red, unsigned green, unsigned blue) {
+    return uint8_t((red * 77 + green * 150 + blue * 29 + 128) >> 8);
+}
+
+constexpr uint8_t product(unsigned a, unsigned b) {
+    return uint8_t((a * b + 127) / 255);
+}
+
+// Where a pixel of the upright picture comes from. The axes are exchanged first, then each is reversed or
+// not.
+struct Turn {
+    bool exchanged;
+    bool columnsBackwards;
+    bool rowsBackwards;
+};
+
+constexpr std::array<Turn, lastOrientation> turns{{
+    {false, false, false}, // 1
+    {false, true, false},  // 2: mirrored
+    {false, true, true},   // 3: upside down
+    {false, false, true},  // 4: mirrored and upside down
+    {true, false, false},  // 5: mirrored along the diagonal
+    {true, false, true},   // 6: needs a turn to the right
+    {true, true, true},    // 7: mirrored along the other diagonal
+    {true, true, false},   // 8: needs a turn to the left
+}};
+
+} // namespace
+
+void colorsToGrey(const uint8_t* row, size_t width, size_t bands, uint8_t* grey) {
+    const bool isColor = bands >= 3;
+    const size_t alpha = isColor ? 3 : 1;
+    for (size_t x = 0; x < width; ++x) {
+        const uint8_t* pixel = row + x * bands;
+        const uint8_t brightness = isColor ? luma(pixel[0], pixel[1], pixel[2]) : pixel[0];
+        grey[x] = bands > alpha ? product(brightness, pixel[alpha]) : brightness;
+    }
+}
+
+void inksToGrey(const uint8_t* row, size_t width, bool inverted, uint8_t* grey) {
+    const unsigned flip = inverted ? 0 : 255;
+    for (size_t x = 0; x < width; ++x) {
+        const uint8_t* pixel = row + x * 4;
+        grey[x] = product(luma(pixel[0] ^ flip, pixel[1] ^ flip, pixel[2] ^ flip), pixel[3] ^ flip);
+    }
+}
+
+GreyImage turnedUpright(const GreyImage& image, int orientation) {
+    if (orientation <= uprightOrientation || orientation > lastOrientation) return image;
+    const Turn turn = turns[size_t(orientation - 1)];
+    GreyImage upright =
+        turn.exchanged ? GreyImage(image.height, image.width) : GreyImage(image.width, image.height);
+    for (int y = 0; y < upright.height; ++y) {
+        for (int x = 0; x < upright.width; ++x) {
+            int column = turn.exchanged ? y : x;
+            int row = turn.exchanged ? x : y;
+            if (turn.columnsBackwards) column = image.width - 1 - column;
+            if (turn.rowsBackwards) row = image.height - 1 - row;
+            upright.at(x, y) = image.at(column, row);
+        }
+    }
+    return upright;
+}
 
 AreaReducer::AreaReducer(int sourceWidth, int sourceHeight, int width, int height)
     : sourceWidth_(sourceWidth),

@@ -1,0 +1,76 @@
+#pragma once
+
+#include "CleanerCore/Files/FS.h"
+#include "CleanerCore/Platform/RegularFile.h"
+#include "CleanerCore/Scanning/Photos/GreyImage.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+// clang-format off
+#include <cstdio> // jpeglib.h needs it
+#include <jpeglib.h>
+// clang-format on
+
+// What the two ways of reading a JPEG file share: libjpeg's, and our own for the first scan of a progressive
+// file.
+namespace loftmere {
+
+// The bytes of a JPEG file one after the other, for libjpeg as its data source and for our own reading. Reads
+// a block at a time. The file is never mapped, since a file that is cut short meanwhile would kill the
+// process.
+class JpegInput : public jpeg_source_mgr {
+public:
+    JpegInput(const RegularFile& file, const FS::CancelCheck& isCancelled);
+    JpegInput(const JpegInput&) = delete;
+    JpegInput& operator=(const JpegInput&) = delete;
+
+    // How many bytes may be read from now on, give or take a block; none before the first call. After them
+    // the file counts as ended. Without a limit, libjpeg would search the whole file for the next marker.
+    void allow(int64_t bytes) { allowance_ = bytes; }
+
+    bool isCancelled() const { return isCancelled_ && isCancelled_(); }
+
+    // The next byte. -1 at the end of the file or of what may be read, when reading fails, and once
+    // cancelled.
+    int next() {
+        if (bytes_in_buffer == 0 && !refill()) return -1;
+        --bytes_in_buffer;
+        return *next_input_byte++;
+    }
+
+    // Skips compressed data up to the next marker that is not part of it. Returns its code, or -1 when there
+    // is none.
+    int nextMarker();
+
+    // Whether the rest of the file has the marker that ends the picture.
+    bool reachesEnd();
+
+private:
+    bool refill();
+    void skip(size_t count);
+    static boolean fillForLibrary(j_decompress_ptr decoder);
+    static void skipForLibrary(j_decompress_ptr decoder, long count);
+
+    const RegularFile& file_;
+    const FS::CancelCheck& isCancelled_;
+    int64_t position_ = 0;
+    int64_t allowance_ = 0;
+    std::vector<uint8_t> block_;
+};
+
+// A progressive JPEG file starts with the mean brightness of each block of 8 by 8 pixels. That is the picture
+// at an eighth of its resolution, and all that a thumbnail needs. To get at it, libjpeg would hold the
+// coefficients of the whole picture, 3 bytes a pixel.
+
+// Whether the next scan can be read this way. `decoder` has read the header, up to the first scan's data.
+bool canReadFirstScan(const jpeg_decompress_struct& decoder);
+
+// The picture in that scan, no side longer than `side` pixels. Absent when its data is damaged, and when the
+// file ends before the picture does: a file that is cut short must not pass for a whole one, although the
+// missing part is not used here.
+std::optional<GreyImage> readFirstScan(const jpeg_decompress_struct& decoder, JpegInput& input, int side);
+
+} // namespace loftmere
