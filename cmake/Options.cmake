@@ -25,7 +25,9 @@ add_compile_options("SHELL:-Xclang -fno-pch-timestamp")
 
 add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Wnon-virtual-dtor
                     # libstdc++ 12 uses what it calls deprecated itself, in stable_sort
-                    -Wno-deprecated-declarations)
+                    -Wno-deprecated-declarations
+                    # a row of a table without one of its columns
+                    -Werror=missing-field-initializers)
 if(LOFTMERE_WERROR)
     add_compile_options(-Werror)
 endif()

@@ -15,15 +15,15 @@ namespace {
 
 std::vector<std::string> sectionNames() {
     std::vector<std::string> names;
-    for (const SidebarTraits& row : allSidebarItems()) {
-        if (!row.categories.empty()) names.emplace_back(row.rawValue);
+    for (const auto& row : tableOf<SidebarItem>) {
+        if (row.group) names.emplace_back(row.rawValue);
     }
     return names;
 }
 
 std::vector<std::string> categoryNames() {
     std::vector<std::string> names;
-    for (const CategoryTraits& row : allCategories()) names.emplace_back(row.rawValue);
+    for (const auto& row : tableOf<CleanCategory>) names.emplace_back(row.rawValue);
     return names;
 }
 
@@ -35,12 +35,9 @@ std::vector<CleanCategory> scannedCategories() {
 
 // What a single name stands for; empty when it is no name.
 std::vector<CleanCategory> categoriesNamed(const std::string& name) {
-    if (const auto category = categoryNamed(name)) return {*category};
-    if (const auto section = sidebarItemNamed(name)) {
-        const auto categories = traits(*section).categories;
-        return {categories.begin(), categories.end()};
-    }
-    return {};
+    if (const auto category = caseNamed<CleanCategory>(name)) return {*category};
+    const auto section = caseNamed<SidebarItem>(name);
+    return section ? categoriesOf(*section) : std::vector<CleanCategory>{};
 }
 
 // Names that are much like the one that was meant.

@@ -28,14 +28,12 @@ constexpr std::tuple fields{
 } // namespace
 
 Disposal AppConfig::disposal(CleanCategory category) const {
-    // Docker's items are commands: there is nothing to move aside.
-    if (category == CleanCategory::docker) return Disposal::remove;
-    const auto chosen = disposalOverrides.find(rawValue(category));
+    const auto& row = traits(category);
+    if (row.disposalRule == DisposalRule::fixed) return row.defaultDisposal;
+    const auto chosen = disposalOverrides.find(row.rawValue);
     if (chosen != disposalOverrides.end()) return chosen->second;
-    if (category > CleanCategory::cloudLocalCopies) return Disposal::quarantine;
-    // Moving the Trash to quarantine would only make it a second Trash.
-    if (quarantineEverything && category != CleanCategory::trash) return Disposal::quarantine;
-    return traits(category).defaultDisposal;
+    if (quarantineEverything && row.disposalRule == DisposalRule::switchable) return Disposal::quarantine;
+    return row.defaultDisposal;
 }
 
 Json JsonCodec<AppConfig>::encode(const AppConfig& value) {

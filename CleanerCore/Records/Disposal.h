@@ -1,19 +1,24 @@
 #pragma once
 
-#include "CleanerCore/Support/Json.h"
+#include "CleanerCore/Support/Enumeration.h"
 
 namespace loftmere {
 
-// What happens to an item when it is cleaned. `remove` has the raw value "delete", a word that C++ keeps for
-// itself.
+// What happens to an item when it is cleaned. `remove` has the raw value "delete", which is a keyword of C++.
 enum class Disposal { quarantine, trash, remove };
 
-// "quarantine", "trash", "delete".
-const char* rawValue(Disposal disposal);
+struct DisposalTraits {
+    Disposal value;
+    const char* rawValue;
+    const char* label;
+};
 
-// "Quarantine (undo)", "Move to Trash", "Delete immediately".
-const char* label(Disposal disposal);
-
-LOFTMERE_JSON_CODEC(Disposal);
+template <>
+inline constexpr auto tableOf<Disposal> = std::to_array<DisposalTraits>({
+    {Disposal::quarantine, "quarantine", "Quarantine (undo)"},
+    {Disposal::trash, "trash", "Move to Trash"},
+    {Disposal::remove, "delete", "Delete immediately"},
+});
+static_assert(isComplete<Disposal>());
 
 } // namespace loftmere

@@ -1,15 +1,24 @@
 #pragma once
 
-#include "CleanerCore/Support/Json.h"
+#include "CleanerCore/Support/Enumeration.h"
 
 namespace loftmere {
 
-// How much thought a removal deserves. Ordered: `safe` is lower than `caution`. A bare integer in JSON.
-enum class Risk { safe = 0, review = 1, caution = 2 };
+// How much thought a removal deserves. Ordered: `safe` is lower than `caution`.
+enum class Risk { safe, review, caution };
 
-// "Safe", "Review", "Caution".
-const char* label(Risk risk);
+struct RiskTraits {
+    Risk value;
+    int rawValue;
+    const char* label;
+};
 
-LOFTMERE_JSON_CODEC(Risk);
+template <>
+inline constexpr auto tableOf<Risk> = std::to_array<RiskTraits>({
+    {Risk::safe, 0, "Safe"},
+    {Risk::review, 1, "Review"},
+    {Risk::caution, 2, "Caution"},
+});
+static_assert(isComplete<Risk>());
 
 } // namespace loftmere

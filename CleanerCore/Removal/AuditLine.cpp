@@ -100,7 +100,7 @@ std::optional<int64_t> quicklyFreedBytesOf(LineReader line) {
     if (!line.take(R"(,"trigger":)") || !takeTrigger(line) || !line.take("}") || !line.isAtEnd())
         return std::nullopt;
     if (!success || !isFreeing(*action)) return 0;
-    const bool decodes = fromISO8601(*date) && (!category || categoryNamed(*category));
+    const bool decodes = fromISO8601(*date) && (!category || caseNamed<CleanCategory>(*category));
     return decodes ? *size : 0;
 }
 

@@ -19,37 +19,6 @@ struct TextHash {
 // Which category each path belongs to. Spellings that are canonically equivalent are one path.
 using Owners = std::unordered_map<std::string, CleanCategory, TextHash, std::equal_to<>>;
 
-// The more a category knows about a file, the higher it ranks.
-int ownerRank(CleanCategory category) {
-    using enum CleanCategory;
-    switch (category) {
-    case userCaches:
-    case logs:
-    case crashReports:
-    case trash:
-    case savedAppState:
-    case mailDownloads: return 1;
-    case iosBackups:
-    case iosUpdates:
-    case oldDownloads:
-    case installers:
-    case largeOldFiles: return 2;
-    case xcode:
-    case simulators:
-    case projectArtifacts:
-    case packageCaches:
-    case docker: return 3;
-    case duplicates:
-    case similarPhotos:
-    case cloudLocalCopies: return 4;
-    case securityThreats:
-    case appBundle:
-    case appLeftovers:
-    case orphanedLeftovers: break;
-    }
-    return 5;
-}
-
 // For each item of one result its path and that path's owner; null for what is never reconciled.
 using Claims = std::vector<const Owners::value_type*>;
 
@@ -60,7 +29,8 @@ Claims claim(const CategoryResult& result, Owners& owners) {
         claims.push_back(nullptr);
         if (item.path() == nullptr) continue;
         const auto [entry, isNew] = owners.try_emplace(composedText(*item.path()), result.category);
-        if (!isNew && ownerRank(entry->second) < ownerRank(result.category)) entry->second = result.category;
+        if (!isNew && traits(entry->second).ownerRank < traits(result.category).ownerRank)
+            entry->second = result.category;
         claims.back() = &*entry;
     }
     return claims;

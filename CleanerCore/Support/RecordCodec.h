@@ -1,5 +1,6 @@
 #pragma once
 
+#include "CleanerCore/Support/Enumeration.h"
 #include "CleanerCore/Support/Json.h"
 
 #include <nlohmann/json.hpp>
@@ -46,6 +47,18 @@ template <class T> struct JsonCodec<std::map<std::string, T>> {
             values.emplace(key, std::move(*value));
         }
         return values;
+    }
+};
+
+// An enumeration is its raw value, text or a whole number.
+template <Tabulated E> struct JsonCodec<E> {
+    using RawValue = decltype(rawValue(E{}));
+    static constexpr bool isNumber = std::is_integral_v<RawValue>;
+
+    static Json encode(const E& value) { return rawValue(value); }
+    static std::optional<E> decode(const Json& json) {
+        const auto raw = JsonCodec<std::conditional_t<isNumber, RawValue, std::string>>::decode(json);
+        return raw ? caseNamed<E>(*raw) : std::nullopt;
     }
 };
 

@@ -1,5 +1,4 @@
 #include "LoftmereApp/Model/AppModel.h"
-#include "LoftmereApp/Model/JunkCategories.h"
 
 #include <algorithm>
 
@@ -26,10 +25,11 @@ void AppModel::load(SidebarItem item) {
 }
 
 void AppModel::scanIfNew(SidebarItem item) {
-    const auto categories = traits(item).categories;
+    const std::vector<CleanCategory> categories = categoriesOf(item);
     const auto hasResult = [&](CleanCategory category) { return results->contains(category); };
     if (std::ranges::any_of(categories, hasResult)) return;
-    scan({categories.begin(), categories.end()}, std::ranges::all_of(categories, isJunk));
+    const auto isJunk = [](CleanCategory category) { return traits(category).isJunk; };
+    scan(categories, std::ranges::all_of(categories, isJunk));
 }
 
 } // namespace loftmere

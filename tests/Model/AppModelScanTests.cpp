@@ -97,9 +97,9 @@ TEST_F(ModelTest, DisjointScansOverlapAndAnOverlappingOneIsRefused) {
 TEST_F(ModelTest, FieldsChangeOnTheMainThreadOnlyAndObserversAreToldBefore) {
     ScannerScript script;
     std::vector<CleanCategory> all;
-    for (const CategoryTraits& row : allCategories()) {
-        script[row.category] = oneOfEach(row.category);
-        all.push_back(row.category);
+    for (const CategoryTraits& row : tableOf<CleanCategory>) {
+        script[row.value] = oneOfEach(row.value);
+        all.push_back(row.value);
     }
     const auto model = makeModel(std::move(script));
     const auto mainThread = std::this_thread::get_id();

@@ -71,8 +71,21 @@ TEST(RecordJson, EnumerationsWithPayloadHaveExactlyOneKnownKey) {
     EXPECT_FALSE(decoded<TriggerSource>(R"({"schedule":{"appName":"N"}})"));
 }
 
-TEST(CleanCategory, TheTableStandsInDeclaredOrder) {
-    for (const CategoryTraits& row : allCategories()) EXPECT_EQ(&traits(row.category), &row) << row.rawValue;
+// What the columns say together, so that no row departs from it unnoticed.
+TEST(CleanCategory, TheTableHoldsTogether) {
+    const std::map<CategoryGroup, int> ranks{{CategoryGroup::system, 1},    {CategoryGroup::personal, 2},
+                                             {CategoryGroup::developer, 3}, {CategoryGroup::clutter, 4},
+                                             {CategoryGroup::cloud, 4},     {CategoryGroup::security, 5},
+                                             {CategoryGroup::apps, 5}};
+    for (const CategoryTraits& row : tableOf<CleanCategory>) {
+        const bool isJunk = row.group == CategoryGroup::system || row.group == CategoryGroup::developer;
+        EXPECT_EQ(row.isJunk, isJunk) << row.rawValue;
+        EXPECT_EQ(row.selectedByDefault, isJunk) << row.rawValue;
+        EXPECT_EQ(row.isRegenerable, isJunk && row.value != CleanCategory::trash) << row.rawValue;
+        EXPECT_EQ(row.ownerRank, ranks.at(row.group)) << row.rawValue;
+        EXPECT_EQ(row.defaultDisposal == Disposal::remove, isJunk || row.group == CategoryGroup::cloud)
+            << row.rawValue;
+    }
 }
 
 TEST(AppConfig, DecidesTheDisposal) {
