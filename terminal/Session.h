@@ -1,7 +1,7 @@
 #pragma once
 
 #include "LoftmereApp/Model/AppModel.h"
-#include "LoftmereApp/Model/RunLoop.h"
+#include "LoftmereApp/Model/MainThread.h"
 #include "terminal/Console.h"
 
 #include <memory>

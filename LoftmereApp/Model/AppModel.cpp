@@ -1,30 +1,97 @@
 #include "LoftmereApp/Model/AppModel.h"
 
 #include "CleanerCore/Files/ConfigStore.h"
+#include "CleanerCore/Files/FS.h"
+#include "CleanerCore/Platform/Directory.h"
+#include "CleanerCore/Platform/User.h"
+#include "CleanerCore/Scanning/ScannerRegistry.h"
+#include "CleanerCore/Support/PathText.h"
+#include "LoftmereApp/Model/AppModelWork.h"
+
+#include <fmt/format.h>
 
 #include <algorithm>
 
 namespace loftmere {
 
-AppModel::AppModel(std::shared_ptr<MainThread> main, Paths home, Scanners scanners)
-    : main_(std::move(main)),
+namespace {
+
+constexpr double flashSeconds = 3.5;
+
+void scanIfNew(AppModel& model, SidebarItem item) {
+    const std::vector<CleanCategory> categories = categoriesOf(item);
+    const auto hasResult = [&](CleanCategory category) { return model.results->contains(category); };
+    if (std::ranges::any_of(categories, hasResult)) return;
+    const auto isJunk = [](CleanCategory category) { return traits(category).isJunk; };
+    model.scan(categories, std::ranges::all_of(categories, isJunk));
+}
+
+void load(AppModel& model, SidebarItem item) {
+    switch (item) {
+    case SidebarItem::smartCare:
+    case SidebarItem::schedules:
+    case SidebarItem::quarantine: return model.refreshSafety();
+    case SidebarItem::systemJunk:
+    case SidebarItem::developer:
+    case SidebarItem::personal:
+    case SidebarItem::clutter:
+    case SidebarItem::cloud: return scanIfNew(model, item);
+    case SidebarItem::insights: return model.refreshBasics();
+    case SidebarItem::security:
+    case SidebarItem::performance:
+    case SidebarItem::maintenance:
+    case SidebarItem::uninstaller:
+    case SidebarItem::updater:
+    case SidebarItem::shredder:
+    case SidebarItem::permissions: return; // nothing to load
+    }
+}
+
+} // namespace
+
+BasicFields::BasicFields(const MainThread& main, Paths home)
+    : FieldGroup(main),
       paths(std::move(home)),
-      config(*main_, ConfigStore(paths).load(),
-             [this](const AppConfig& value) { (void)ConfigStore(paths).save(value); }),
-      scanners_(std::move(scanners)) {
+      config(main, ConfigStore(paths).load(),
+             [this](const AppConfig& value) { (void)ConfigStore(paths).save(value); }) {}
+
+Result<Paths> AppModel::currentHome() {
+    const std::string home = homeDirectory();
+    if (readDirectory(home)) return Paths(home);
+    return failed(Failure::saying(fmt::format("the home folder {} cannot be read", home)));
+}
+
+AppModel::AppModel(std::shared_ptr<MainThread> main, Paths home, Scanners scanners)
+    : BasicFields(*main, std::move(home)),
+      ScanFields(*main),
+      CleanFields(*main),
+      SafetyFields(*main),
+      work_(new Work{.main = std::move(main),
+                     .scanners = scanners ? std::move(scanners) : ScannerRegistry::scanners}) {
     (void)paths.ensureSupportDirs();
     refreshBasics();
     showOnboarding = !config->hasCompletedOnboarding;
 }
 
-std::vector<ScanItem> AppModel::items(const std::vector<CleanCategory>& categories) const {
-    std::vector<ScanItem> all;
-    for (const CleanCategory category : categories) {
-        const auto result = results->find(category);
-        if (result == results->end()) continue;
-        all.insert(all.end(), result->second.items.begin(), result->second.items.end());
-    }
-    return all;
+AppModel::~AppModel() = default;
+
+void AppModel::refreshBasics() {
+    space = FS::volumeSpace(paths.home());
+    agentInstalled = FS::exists(paths.launchAgentPlist());
+    refreshAdminQueue();
+    refreshSafety();
+}
+
+void AppModel::open(SidebarItem item) {
+    section = item;
+    work_->poster()([this, item] { load(*this, item); });
+}
+
+void AppModel::flash(std::string message) {
+    toast = message;
+    work_->main->after(flashSeconds, [this, life = std::weak_ptr(work_->life), message = std::move(message)] {
+        if (!life.expired() && *toast == message) toast = std::nullopt;
+    });
 }
 
 std::vector<std::string> AppModel::busyLabels() const {
@@ -43,18 +110,17 @@ bool AppModel::runningAny(const std::string& prefix) const {
     return first != ops->end() && first->first.starts_with(prefix);
 }
 
-void AppModel::begin(const std::string& key, std::string label) {
-    ops.update([&](auto& running) { running[key] = std::move(label); });
+std::string AppModel::shortened(const std::string& path) const {
+    if (path == paths.home() || !isAtOrUnder(path, paths.home())) return path;
+    return "~" + path.substr(paths.home().size());
 }
 
-void AppModel::end(const std::string& key) {
-    ops.update([&](auto& running) { running.erase(key); });
-}
-
-void AppModel::postWhileAlive(std::function<void()> change) const {
-    main_->post([life = std::weak_ptr(life_), change = std::move(change)] {
-        if (!life.expired()) change();
-    });
+Status AppModel::settingsState() const {
+    if (!ConfigStore(paths).isDamaged()) return {};
+    return failed(Failure::saying(
+        fmt::format("the settings in {} cannot be read; what you protect there is not known until they "
+                    "are mended or removed",
+                    shortened(paths.configFile()))));
 }
 
 } // namespace loftmere

@@ -3,7 +3,7 @@
 #include "CleanerCore/Platform/FileLock.h"
 #include "CleanerCore/Removal/Cleaning/Cleaner.h"
 #include "CleanerCore/Support/UUID.h"
-#include "LoftmereApp/Model/AppModel.h"
+#include "LoftmereApp/Model/AppModelWork.h"
 
 #include <fmt/format.h>
 
@@ -11,8 +11,35 @@
 
 namespace loftmere {
 
+namespace {
+
+// Takes each step to the main thread.
+auto progressReporter(AppModel& model, std::function<void(std::function<void()>)> post) {
+    return [&model, post = std::move(post)](int64_t done, int64_t total) {
+        post([&model, done, total] {
+            model.cleanProgress = total < 1 ? 1.0 : static_cast<double>(done) / static_cast<double>(total);
+        });
+    };
+}
+
+// Takes what was handled without a failure off the lists.
+void forget(AppModel& model, const std::vector<ScanItem>& items, const CleanReport& report) {
+    std::unordered_set<std::string> handled;
+    for (const ScanItem& item : items) handled.insert(item.id);
+    for (const CleanFailure& failure : report.failures) handled.erase(failure.itemID);
+    model.results.update([&](auto& all) {
+        for (auto& [category, result] : all)
+            std::erase_if(result.items, [&](const ScanItem& item) { return handled.contains(item.id); });
+    });
+    model.selected.update([&](auto& ticked) {
+        std::erase_if(ticked, [&](const std::string& id) { return handled.contains(id); });
+    });
+}
+
+} // namespace
+
 Task<CleanPreview> AppModel::preview(std::vector<ScanItem> items, TriggerSource trigger) const {
-    co_return co_await background([items, trigger, home = paths, settings = config.get()] {
+    co_return co_await work_->background([items, trigger, home = paths, settings = config.get()] {
         Cleaner cleaner(home, settings);
         CleanPreview preview{.plans = {}, .report = cleaner.clean(items, trigger, true)};
         for (const ScanItem& item : items) preview.plans.push_back(cleaner.plan(item, trigger));
@@ -24,11 +51,12 @@ Task<CleanReport> AppModel::clean(std::vector<ScanItem> items, TriggerSource tri
                                   std::function<bool()> isStopped) {
     if (items.empty()) co_return CleanReport{};
     const std::string key = "clean:" + newUUID().substr(0, 4);
-    begin(key, fmt::format("Cleaning {} item(s)", items.size()));
+    Work::begin(*this, key, fmt::format("Cleaning {} item(s)", items.size()));
     cleanProgress = 0;
 
-    const auto [report, count] = co_await background(
-        [items, trigger, home = paths, settings = config.get(), tell = progressReporter(), isStopped] {
+    const auto [report, count] =
+        co_await work_->background([items, trigger, home = paths, settings = config.get(),
+                                    tell = progressReporter(*this, work_->poster()), isStopped] {
             // Keeps the agent from starting a run meanwhile. A clean that the user asked for waits for
             // nobody.
             const auto lock = FileLock::acquire(home.lockFile());
@@ -43,9 +71,9 @@ Task<CleanReport> AppModel::clean(std::vector<ScanItem> items, TriggerSource tri
         });
 
     items.resize(static_cast<size_t>(count));
-    forget(items, report);
+    forget(*this, items, report);
     lastReport = report;
-    end(key);
+    Work::end(*this, key);
     refreshAdminQueue();
     space = FS::volumeSpace(paths.home());
     refreshSafety();
@@ -60,26 +88,8 @@ Task<CleanReport> AppModel::cleanSelected(std::vector<CleanCategory> categories,
     co_return co_await clean(std::move(ticked), ManualTrigger{}, std::move(isStopped));
 }
 
-std::function<void(int64_t, int64_t)> AppModel::progressReporter() {
-    return [this, main = main_, life = std::weak_ptr(life_)](int64_t done, int64_t total) {
-        main->post([this, life, done, total] {
-            if (life.expired()) return;
-            cleanProgress = total < 1 ? 1.0 : static_cast<double>(done) / static_cast<double>(total);
-        });
-    };
-}
-
-void AppModel::forget(const std::vector<ScanItem>& items, const CleanReport& report) {
-    std::unordered_set<std::string> handled;
-    for (const ScanItem& item : items) handled.insert(item.id);
-    for (const CleanFailure& failure : report.failures) handled.erase(failure.itemID);
-    results.update([&](auto& all) {
-        for (auto& [category, result] : all)
-            std::erase_if(result.items, [&](const ScanItem& item) { return handled.contains(item.id); });
-    });
-    selected.update([&](auto& ticked) {
-        std::erase_if(ticked, [&](const std::string& id) { return handled.contains(id); });
-    });
+std::string AppModel::summary(const CleanReport& report, bool dryRun) {
+    return ScheduledRunner::summarize(report, dryRun);
 }
 
 } // namespace loftmere

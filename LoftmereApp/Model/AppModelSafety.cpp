@@ -1,8 +1,12 @@
+#include "CleanerCore/Files/FS.h"
+#include "CleanerCore/Removal/Administrator/PrivilegedSession.h"
 #include "CleanerCore/Removal/AuditLog.h"
 #include "CleanerCore/Removal/Cleaning/Cleaner.h"
 #include "CleanerCore/Removal/Quarantine/Quarantine.h"
+#include "CleanerCore/Safety/SafetyPolicy.h"
+#include "CleanerCore/Support/ByteFormat.h"
 #include "CleanerCore/Support/UUID.h"
-#include "LoftmereApp/Model/AppModel.h"
+#include "LoftmereApp/Model/AppModelWork.h"
 
 #include <fmt/format.h>
 
@@ -12,10 +16,58 @@ namespace {
 
 constexpr size_t shownAuditEntries = 300;
 
+std::string words(const AdminQueue::Outcome& outcome) {
+    if (outcome.failed.empty()) {
+        return fmt::format("Removed {} protected item(s), {} freed", outcome.removed.size(),
+                           ByteFormat::string(outcome.freed));
+    }
+    return fmt::format("{} removed · {} blocked: {}", outcome.removed.size(), outcome.failed.size(),
+                       outcome.failed.front().second);
+}
+
+PathVerdict shown(const SafetyPolicy::Verdict& verdict) {
+    using enum PathVerdict::Kind;
+    struct Show {
+        PathVerdict operator()(const SafetyPolicy::Allowed&) const { return {allowed}; }
+        PathVerdict operator()(const SafetyPolicy::SyncedCloud& synced) const {
+            return {syncedCloud, synced.provider};
+        }
+        PathVerdict operator()(const SafetyPolicy::NeedsAdmin&) const { return {needsAdmin}; }
+        PathVerdict operator()(const SafetyPolicy::Blocked& verdict) const {
+            return {blocked, verdict.reason};
+        }
+    };
+    return std::visit(Show{}, verdict);
+}
+
 } // namespace
 
+void AppModel::refreshAdminQueue() {
+    pendingAdmin = static_cast<int>(AdminQueue::shared().pending().size());
+    pendingAdminBytes = AdminQueue::shared().pendingBytes();
+}
+
+Task<AdminQueue::Outcome> AppModel::flushAdminQueue() {
+    const std::string key = "clean:admin";
+    Work::begin(*this, key, "Removing protected items");
+    const AdminQueue::Outcome outcome = co_await work_->background(
+        [home = paths, settings = config.get()] { return AdminQueue::shared().flush(home, settings); });
+    Work::end(*this, key);
+    refreshAdminQueue();
+    refreshSafety();
+    space = FS::volumeSpace(paths.home());
+    flash(words(outcome));
+    co_return outcome;
+}
+
+void AppModel::endPrivilegedSession() {
+    PrivilegedSession::shared().end();
+}
+
 void AppModel::refreshSafety() {
-    sessions = Quarantine(paths).sessions();
+    const Quarantine quarantine(paths);
+    sessions = quarantine.sessions();
+    unreadableSessions = quarantine.unreadable(sessions);
     audit = AuditLog(paths).recent(shownAuditEntries);
 }
 
@@ -46,6 +98,20 @@ Status AppModel::purge(const QuarantineSession& session) {
                              .message = std::nullopt}});
     refreshSafety();
     return purged;
+}
+
+Task<std::vector<AuditEntry>> AppModel::history(size_t limit) const {
+    co_return co_await work_->background([home = paths, limit] { return AuditLog(home).recent(limit); });
+}
+
+Task<std::vector<PathVerdict>> AppModel::check(std::vector<std::string> candidates) const {
+    co_return co_await work_->background(
+        [candidates = std::move(candidates), home = paths, settings = config.get()] {
+            const SafetyPolicy policy(home, settings.protectedPaths);
+            std::vector<PathVerdict> verdicts;
+            for (const std::string& path : candidates) verdicts.push_back(shown(policy.check(path)));
+            return verdicts;
+        });
 }
 
 } // namespace loftmere

@@ -20,7 +20,7 @@ private:
     std::shared_ptr<void> registration_;
 };
 
-// Those who want to be told of a field's changes.
+// The observers of one field.
 class Observers {
 public:
     explicit Observers(const MainThread& main) : main_(&main) {}
@@ -30,7 +30,7 @@ public:
     [[nodiscard]] Observation add(std::function<void()> observer);
     void tell() const;
 
-    // Stops a debug build when the caller is on any other thread.
+    // In a debug build, stops the program when the caller is not on the main thread.
     void checkThread() const;
 
 private:
@@ -41,11 +41,11 @@ private:
     int next_ = 0;
 };
 
-// A field of the model: every assignment tells the observers, before the new value is visible. Reading and
-// writing belong to the main thread alone.
+// A field of the model. Every assignment tells the observers, before the new value is visible. Only the main
+// thread may read and write it.
 template <class T> class Published {
 public:
-    // `stored` is called with each new value once it stands; not with the first one.
+    // `stored` is called with each new value after the assignment, but not with the first value.
     explicit Published(const MainThread& main, T value = {}, std::function<void(const T&)> stored = nullptr)
         : observers_(main), value_(std::move(value)), stored_(std::move(stored)) {}
 
@@ -79,6 +79,15 @@ private:
     Observers observers_;
     T value_;
     std::function<void(const T&)> stored_;
+};
+
+// What a group of fields derives from.
+class FieldGroup {
+public:
+    explicit FieldGroup(const MainThread& main) : main_(main) {}
+
+protected:
+    const MainThread& main_; // the thread that the fields belong to
 };
 
 } // namespace loftmere

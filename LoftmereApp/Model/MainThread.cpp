@@ -1,4 +1,4 @@
-#include "LoftmereApp/Model/RunLoop.h"
+#include "LoftmereApp/Model/MainThread.h"
 
 #include <algorithm>
 
