@@ -1,6 +1,5 @@
 #include "CleanerCore/Platform/Removal.h"
 #include "CleanerCore/Removal/Cleaning/Cleaner.h"
-#include "CleanerCore/Removal/Quarantine/RestoreDestination.h"
 #include "tests/Support/SwapRig.h"
 #include "tests/Support/TemporaryHome.h"
 
@@ -152,10 +151,12 @@ Operation cleanAs(Disposal disposal) {
 }
 
 void moveBack(const std::string& home) {
-    const auto destination =
-        RestoreDestination::open(Paths(home), SafetyPolicy(Paths(home), {}), home + "/parent/deeper/back");
-    const auto place = destination ? destination->make() : failed(destination.error());
-    if (place && moveItem(*Place::open(home + "/stored"), *place)) (void)removeItem(*place);
+    static int64_t turn = 0; // what was brought back stays: the next one needs another name
+    Quarantine quarantine{Paths(home)};
+    auto session = quarantine.beginSession(ManualTrigger{}, 7, currentDate());
+    const std::string original = home + "/parent/deeper/" + std::to_string(++turn);
+    if (session && quarantine.add(*Place::open(home + "/stored"), original, 1, CleanCategory::logs, *session))
+        (void)quarantine.restore(session->id, std::nullopt);
 }
 
 void moveBackNaively(const std::string& home) {

@@ -5,7 +5,7 @@
 #include "CleanerCore/Platform/Volume.h"
 #include "CleanerCore/Removal/CloudEvictor.h"
 #include "CleanerCore/Removal/CloudFiles.h"
-#include "CleanerCore/Removal/Quarantine/QuarantineError.h"
+#include "CleanerCore/Removal/Quarantine/QuarantineSession.h"
 #include "CleanerCore/Support/PathText.h"
 #include "CleanerCore/Support/Text.h"
 

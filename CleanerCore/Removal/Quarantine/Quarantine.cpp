@@ -2,9 +2,7 @@
 
 #include "CleanerCore/Files/FS.h"
 #include "CleanerCore/Platform/Removal.h"
-#include "CleanerCore/Removal/Quarantine/QuarantineError.h"
 #include "CleanerCore/Removal/Quarantine/QuarantineRestore.h"
-#include "CleanerCore/Removal/Quarantine/RestoreDestination.h"
 #include "CleanerCore/Support/ByteSum.h"
 #include "CleanerCore/Support/PathText.h"
 #include "CleanerCore/Support/UUID.h"
@@ -22,7 +20,7 @@ namespace {
 
 constexpr double secondsOfDay = 86400;
 
-// "20260115-093012-7F3A9C", in local time. Going on in the folder of another session would lose that one's
+// "20260115-093012-7F3A9C", in local time. A second session in one folder would overwrite the first one's
 // list.
 std::string newSessionID(const Paths& paths, Date now) {
     const time_t seconds = std::chrono::system_clock::to_time_t(now);
@@ -37,7 +35,7 @@ std::string newSessionID(const Paths& paths, Date now) {
 
 } // namespace
 
-Quarantine::Quarantine(const Paths& paths) : paths_(paths), reserve_(paths) {}
+Quarantine::Quarantine(const Paths& paths) : paths_(paths) {}
 
 Quarantine::~Quarantine() {
     for (const auto& [id, writer] : writers_) (void)writer->finish();
@@ -52,8 +50,7 @@ Result<QuarantineSession> Quarantine::beginSession(const TriggerSource& trigger,
         .trigger = trigger,
         .entries = {},
     };
-    auto made = withReserve(reserve_, [&] { return QuarantineFolder::create(paths_, session); });
-    if (!made) return failed(std::move(made.error()));
+    if (auto made = QuarantineFolder::create(paths_, session); !made) return failed(std::move(made.error()));
     return session;
 }
 
@@ -99,7 +96,7 @@ Status Quarantine::finish(const QuarantineSession& session) {
     if (!writer) return failed(std::move(writer.error()));
     Status finished = (*writer)->finish(session);
     letGo(session.id);
-    reserve_.keep();
+    QuarantineFolder::keepReserve(paths_);
     return finished;
 }
 
@@ -124,24 +121,24 @@ Result<std::vector<CleanFailure>> Quarantine::restore(const std::string& session
     auto session = folder->read();
     if (!session) return failed(std::move(session.error()));
     if (!*session) return std::vector<CleanFailure>{};
-    return QuarantineRestore(paths_, *folder, std::move(**session)).run(entryIDs);
+    return restoreEntries(paths_, *folder, std::move(**session), entryIDs);
 }
 
 std::vector<QuarantineSession> Quarantine::sessions() const {
     struct Found {
         QuarantineSession session;
-        std::optional<Date> made;
+        std::optional<Date> createdAt; // of the folder
     };
     std::vector<Found> found;
     for (const std::string& child : FS::children(paths_.quarantineDir())) {
         const auto folder = QuarantineFolder::open(paths_, lastPathComponent(child));
         if (!folder) continue;
         auto session = folder->read();
-        if (session && *session) found.push_back({std::move(**session), folder->made()});
+        if (session && *session) found.push_back({std::move(**session), folder->createdAt()});
     }
-    // The manifest tells whole seconds, in which several cleans may begin.
+    // Several cleans may begin in one second, and the manifest says no more than that.
     std::ranges::sort(found, std::ranges::greater(), [](const Found& one) {
-        return std::tie(one.session.createdAt, one.made, one.session.id);
+        return std::tie(one.session.createdAt, one.createdAt, one.session.id);
     });
     std::vector<QuarantineSession> all;
     for (Found& one : found) all.push_back(std::move(one.session));
@@ -185,12 +182,12 @@ int64_t Quarantine::purgeExpired(Date now) {
         (void)purge(session.id);
     }
     sweepOrphans(now);
-    reserve_.keep();
+    QuarantineFolder::keepReserve(paths_);
     return freed;
 }
 
-// A day's grace keeps a session that another process is just creating. A manifest that is damaged, or that
-// cannot be looked at just now, is no missing one.
+// The day's grace keeps a session that another process is just creating. A manifest that is damaged, or that
+// cannot be looked at just now, is not missing.
 void Quarantine::sweepOrphans(Date now) const {
     for (const std::string& child : FS::children(paths_.quarantineDir())) {
         if (FS::isReachable(joinPath(child, "manifest.json"))) continue;

@@ -5,7 +5,6 @@
 #include "CleanerCore/Records/CleanReport.h"
 #include "CleanerCore/Removal/Quarantine/QuarantineSession.h"
 #include "CleanerCore/Removal/Quarantine/QuarantineWriter.h"
-#include "CleanerCore/Removal/Quarantine/SpaceReserve.h"
 
 #include <cstdint>
 #include <map>
@@ -18,7 +17,7 @@
 
 namespace loftmere {
 
-// The undo store: what is removed is moved into a folder of the program's own on the same volume, never
+// The undo store. What is removed is moved into a folder of the program's own on the same volume, never
 // copied, and can be brought back until its session expires. Whatever ends the process, every item is where
 // it was or in a session that `sessions` lists and `restore` brings back. Any thread, each session from one
 // at a time; several processes may use the store side by side. Blocks: never on the main thread.
@@ -35,46 +34,45 @@ public:
     // Makes a session's folder. It expires `retentionDays` after `now`, whatever the setting becomes later.
     Result<QuarantineSession> beginSession(const TriggerSource& trigger, int64_t retentionDays, Date now);
 
-    // Tells what is likely to be added next, in that order. Only a matter of speed: each addition waits for
-    // the disk once, those that were foreseen wait together.
+    // Says what is likely to be added next, in that order. Only a matter of speed: each addition waits for
+    // the disk once, and those that were foreseen wait together.
     void foresee(const QuarantineSession& session, std::vector<ForeseenItem> items);
 
     // Moves the item and adds its entry to the session. Fails, with nothing moved, when the item is on
-    // another volume, when its name is not valid UTF-8, when the policy lets nothing be taken from there, so
-    // that it could not be brought back, and when the file system refuses. The entry's path is
-    // `originalPath`, or the real one when a link on the way to it leads elsewhere outside the home, as none
-    // is followed on the way back.
+    // another volume, when its name is not valid UTF-8, when the policy lets nothing be taken from there (it
+    // could not be brought back), and when the file system refuses. The entry's path is `originalPath`, or
+    // the real one when a link in its parents leads out of the home: none is followed on the way back.
     Status add(const Place& place, const std::string& originalPath, int64_t size, CleanCategory category,
                QuarantineSession& session);
     Status add(const std::string& path, int64_t size, CleanCategory category, QuarantineSession& session);
 
-    // Writes the session's manifest and lets others at it. To be called after the last addition; forgotten,
-    // nothing is lost. On failure nothing is lost either.
+    // Writes the session's manifest and lets others use the session. To be called after the last addition. If
+    // that is forgotten or fails, nothing is lost.
     Status finish(const QuarantineSession& session);
 
-    // Moves the entries back, all or those whose stored names are given, creating missing parent folders and
-    // overwriting nothing. The failures of single entries carry their original paths. Empty without a
-    // readable manifest. Fails when another run is just writing the session, when its journal cannot be read
-    // and when the manifest cannot be saved. The session's folder goes with its last entry.
+    // Moves the entries back, all or those whose stored names are given. Missing parent folders are made;
+    // nothing is overwritten. Answers the entries that failed, by their original paths; none when there is no
+    // readable manifest. Fails while another run writes the session, when its journal cannot be read, and
+    // when the manifest cannot be saved. The session's folder goes with its last entry.
     Result<std::vector<CleanFailure>> restore(const std::string& sessionID,
                                               const std::optional<std::set<std::string>>& entryIDs);
 
-    // Those whose manifest can be read, newest first; of one second, the one whose folder was made last.
+    // Those with a manifest that can be read, newest first. Of one second, the one whose folder was made last
+    // comes first.
     std::vector<QuarantineSession> sessions() const;
 
-    // The names of the other folders, those that `listed`, as `sessions` has answered it, lacks: their
+    // The names of the other folders, those that are not in `listed`, the answer of `sessions`: their
     // manifest or their journal cannot be read. `purge` takes them.
     std::vector<std::string> unreadable(const std::vector<QuarantineSession>& listed) const;
 
     // The bytes of all entries that are still held.
     int64_t totalSize() const;
 
-    // Deletes a session with all it holds, whether or not it can be read. Fails when another run is just
-    // writing it.
+    // Deletes a session with all it holds, whether or not it can be read. Fails while another run writes it.
     Status purge(const std::string& sessionID);
 
     // Purges what has expired by `now`, and folders without a manifest that nobody has touched for a day.
-    // Answers the bytes that the purged sessions held. Sessions in use are passed over.
+    // Answers the bytes that the purged sessions held. Sessions in use are left alone.
     int64_t purgeExpired(Date now);
 
 private:
@@ -83,7 +81,6 @@ private:
     void sweepOrphans(Date now) const;
 
     const Paths paths_;
-    const SpaceReserve reserve_;
     std::mutex lock_; // guards writers_
     std::map<std::string, std::unique_ptr<QuarantineWriter>> writers_;
 };

@@ -5,11 +5,13 @@
 #include "CleanerCore/Platform/Directory.h"
 #include "CleanerCore/Platform/FileContent.h"
 #include "CleanerCore/Platform/Removal.h"
-#include "CleanerCore/Removal/Quarantine/QuarantineError.h"
 #include "CleanerCore/Support/PathText.h"
+
+#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <cerrno>
+#include <cstring>
 #include <unordered_map>
 
 namespace loftmere {
@@ -17,6 +19,42 @@ namespace loftmere {
 namespace {
 
 constexpr const char* itemsName = "items";
+constexpr const char* journalName = "journal.jsonl";
+constexpr const char* restoringKey = "restoring";
+
+constexpr size_t reservedBytes = size_t{4} << 20;                // the manifests of some ten thousand items
+constexpr auto plenty = static_cast<int64_t>(8 * reservedBytes); // with less, the space is for others
+
+std::string reserveFile(const Paths& paths) {
+    return paths.supportDir() + "/quarantine.reserve";
+}
+
+// Bytes that no file system can store in less space.
+std::string filling() {
+    std::string bytes(reservedBytes, '\0');
+    uint64_t word = 1;
+    for (size_t at = 0; at < bytes.size(); at += sizeof word) {
+        word = word * 6364136223846793005U + 1442695040888963407U;
+        std::memcpy(bytes.data() + at, &word, sizeof word);
+    }
+    return bytes;
+}
+
+bool isDiskFull(const Failure& failure) {
+    return failure.domain == FailureDomain::posix && (failure.code == ENOSPC || failure.code == EDQUOT);
+}
+
+bool removeFile(const std::string& path) {
+    const auto place = Place::open(path);
+    return place && removeItem(*place).has_value();
+}
+
+// Runs `attempt`, and once more with the reserve given back when there was no space left.
+template <class Attempt> auto withReserve(const std::string& reserve, const Attempt& attempt) {
+    auto done = attempt();
+    if (!done && isDiskFull(done.error()) && removeFile(reserve)) return attempt();
+    return done;
+}
 
 // The last line that names an item is the one under which it was moved.
 std::vector<const QuarantineEntry*> lastOfEachName(const std::vector<QuarantineEntry>& entries) {
@@ -29,7 +67,47 @@ std::vector<const QuarantineEntry*> lastOfEachName(const std::vector<QuarantineE
     return kept;
 }
 
+void takeIn(QuarantineJournal& journal, std::string_view line) {
+    const auto json = parseJson(line);
+    if (!json) return;
+    if (json->is_object() && json->contains(restoringKey)) {
+        if (auto name = JsonCodec<std::string>::decode((*json)[restoringKey]))
+            journal.restoring.insert(*name);
+    } else if (auto entry = JsonCodec<QuarantineEntry>::decode(*json)) {
+        journal.arriving.push_back(std::move(*entry));
+    }
+}
+
+Status addLine(std::string& lines, const Json& json) {
+    const auto line = writeJson(json, JsonStyle::compact);
+    if (!line) return failed(line.error());
+    lines += *line + "\n";
+    return {};
+}
+
+// Empty when there is none. Fails when it is there and cannot be read: without it, the items that it lists
+// would pass for nobody's.
+Result<QuarantineJournal> readJournal(const std::string& path) {
+    const auto text = readFile(path);
+    if (!text && text.error().code == ENOENT) return QuarantineJournal{};
+    if (!text) return failed(text.error());
+    return QuarantineJournal::parse(*text);
+}
+
 } // namespace
+
+QuarantineJournal QuarantineJournal::parse(std::string_view text) {
+    QuarantineJournal journal;
+    while (!text.empty()) {
+        const size_t end = std::min(text.find('\n'), text.size());
+        takeIn(journal, text.substr(0, end));
+        text.remove_prefix(std::min(end + 1, text.size()));
+    }
+    return journal;
+}
+
+QuarantineFolder::QuarantineFolder(const Paths& paths, Place place, std::optional<Place> items)
+    : reserve_(reserveFile(paths)), place_(std::move(place)), items_(std::move(items)) {}
 
 Result<QuarantineFolder> QuarantineFolder::open(const Paths& paths, const std::string& sessionID) {
     if (!isEntryName(sessionID)) return failed(QuarantineError::invalidID(sessionID));
@@ -38,23 +116,34 @@ Result<QuarantineFolder> QuarantineFolder::open(const Paths& paths, const std::s
     auto folder = place->below(itemsName);
     if (!folder) return failed(std::move(folder.error()));
     auto items = folder->below("0");
-    if (items) return QuarantineFolder(std::move(*place), std::move(*items));
+    if (items) return QuarantineFolder(paths, std::move(*place), std::move(*items));
     // A folder without items holds nothing, but it is one.
     const int error = items.error().code;
     if (error == ENOENT || error == ENOTDIR || error == ELOOP)
-        return QuarantineFolder(std::move(*place), std::nullopt);
+        return QuarantineFolder(paths, std::move(*place), std::nullopt);
     return failed(std::move(items.error()));
 }
 
 Result<QuarantineFolder> QuarantineFolder::create(const Paths& paths, const QuarantineSession& session) {
+    return withReserve(reserveFile(paths), [&] { return createOnce(paths, session); });
+}
+
+Result<QuarantineFolder> QuarantineFolder::createOnce(const Paths& paths, const QuarantineSession& session) {
     const std::string folder = joinPath(paths.quarantineDir(), session.id);
     if (auto made = createDirectories(joinPath(folder, itemsName)); !made)
         return failed(std::move(made.error()));
     auto created = open(paths, session.id);
     if (!created) return created;
-    if (auto saved = created->save(session); !saved) return failed(std::move(saved.error()));
+    if (auto saved = created->saveOnce(session); !saved) return failed(std::move(saved.error()));
     (void)created->place_.sync(); // the folder's own name
     return created;
+}
+
+void QuarantineFolder::keepReserve(const Paths& paths) {
+    const std::string file = reserveFile(paths);
+    if (FS::exists(file)) return;
+    const auto space = FS::volumeSpace(parentPath(file));
+    if (space && space->free >= plenty) (void)replaceFile(file, filling(), 0600);
 }
 
 Result<FileLock> QuarantineFolder::lock() const {
@@ -63,13 +152,9 @@ Result<FileLock> QuarantineFolder::lock() const {
     return lock;
 }
 
-std::optional<Date> QuarantineFolder::made() const {
+std::optional<Date> QuarantineFolder::createdAt() const {
     const auto status = place_.status();
     return status ? status->created : std::nullopt;
-}
-
-std::string QuarantineFolder::journal() const {
-    return joinPath(place_.realPath(), QuarantineJournal::fileName);
 }
 
 std::optional<Place> QuarantineFolder::item(const std::string& storedName) const {
@@ -79,7 +164,7 @@ std::optional<Place> QuarantineFolder::item(const std::string& storedName) const
 
 bool QuarantineFolder::isAbsent(const std::string& storedName) const {
     const auto stored = item(storedName);
-    // What stands in place of the items may be put right again, and they with it.
+    // What is in place of the items may be put right again, and they with it.
     if (!stored) return !isEntryName(storedName) || !FS::exists(joinPath(place_.realPath(), itemsName));
     const auto status = stored->status();
     return !status && status.error() == ENOENT;
@@ -90,12 +175,12 @@ std::string QuarantineFolder::itemPath(const std::string& storedName) const {
 }
 
 Result<std::optional<QuarantineSession>> QuarantineFolder::read() const {
-    // The journal first: when it is gone by then, the manifest read after it is whole.
-    const auto moves = QuarantineJournal::read(journal());
+    // The journal first: when it is gone by then, the manifest that is read after it is whole.
+    const auto moves = readJournal(journalPath());
     if (!moves) return failed(moves.error());
     auto session = JSONStore::load<QuarantineSession>(manifest());
     if (!session) return session;
-    session->id = place_.name(); // of a folder that was copied or renamed, the manifest tells another
+    session->id = place_.name(); // the manifest of a folder that was copied or renamed has another
     std::unordered_set<std::string> known;
     for (QuarantineEntry& entry : session->entries) {
         if (moves->restoring.contains(entry.storedName)) entry.restored |= isAbsent(entry.storedName);
@@ -109,25 +194,64 @@ Result<std::optional<QuarantineSession>> QuarantineFolder::read() const {
 }
 
 Status QuarantineFolder::save(const QuarantineSession& session) const {
-    if (items_) (void)items_->sync(); // where a file system cannot, the order is its own
+    return withReserve(reserve_, [&] { return saveOnce(session); });
+}
+
+void QuarantineFolder::saveMeanwhile(const QuarantineSession& session) const {
+    (void)saveOnce(session);
+}
+
+Status QuarantineFolder::saveOnce(const QuarantineSession& session) const {
+    if (items_) (void)items_->sync(); // a file system that cannot do this keeps an order of its own
     return JSONStore::save(session, manifest());
 }
 
-Result<AppendFile> QuarantineFolder::openJournal() const {
+std::string QuarantineFolder::journalPath() const {
+    return joinPath(place_.realPath(), journalName);
+}
+
+Status QuarantineFolder::openJournal() {
+    if (journal_) return {};
     const bool isNew = !hasJournal();
-    auto file = AppendFile::open(journal(), AppendFile::FinalLink::refuse);
-    if (!file || !isNew) return file;
+    auto file = AppendFile::open(journalPath(), AppendFile::FinalLink::refuse);
+    if (!file) return failed(std::move(file.error()));
+    journal_ = std::move(*file);
+    if (!isNew) return {};
     if (auto inner = place_.below("0")) (void)inner->sync();
-    return file;
+    return {};
+}
+
+Status QuarantineFolder::announce(const std::string& lines) {
+    return withReserve(reserve_, [&]() -> Status {
+        if (auto opened = openJournal(); !opened) return opened;
+        if (auto appended = journal_->append(lines); !appended) return appended;
+        return journal_->sync();
+    });
+}
+
+Status QuarantineFolder::announceArriving(std::span<const QuarantineEntry> entries) {
+    std::string lines;
+    for (const QuarantineEntry& entry : entries) {
+        if (auto added = addLine(lines, JsonCodec<QuarantineEntry>::encode(entry)); !added) return added;
+    }
+    return announce(lines);
+}
+
+Status QuarantineFolder::announceRestoring(std::span<const QuarantineEntry* const> entries) {
+    std::string lines;
+    for (const QuarantineEntry* entry : entries) {
+        if (auto added = addLine(lines, {{restoringKey, entry->storedName}}); !added) return added;
+    }
+    return announce(lines);
 }
 
 bool QuarantineFolder::hasJournal() const {
-    return FS::exists(journal());
+    return journal_ || FS::exists(journalPath());
 }
 
-void QuarantineFolder::dropJournal() const {
-    if (auto place = place_.below(QuarantineJournal::fileName); place && place->status())
-        (void)removeItem(*place);
+void QuarantineFolder::dropJournal() {
+    if (auto place = place_.below(journalName); place && place->status()) (void)removeItem(*place);
+    journal_.reset();
 }
 
 Status QuarantineFolder::remove() const {

@@ -1,64 +1,123 @@
 #include "CleanerCore/Removal/Quarantine/QuarantineRestore.h"
 
+#include "CleanerCore/Platform/FileStatus.h"
 #include "CleanerCore/Platform/Removal.h"
-#include "CleanerCore/Removal/Quarantine/QuarantineError.h"
-#include "CleanerCore/Removal/Quarantine/RestoreDestination.h"
+#include "CleanerCore/Safety/SafetyPolicy.h"
+#include "CleanerCore/Support/PathText.h"
+#include "CleanerCore/Support/Text.h"
+
+#include <fmt/format.h>
 
 #include <cerrno>
 
 namespace loftmere {
 
-QuarantineRestore::QuarantineRestore(const Paths& paths, const QuarantineFolder& folder,
-                                     QuarantineSession session)
-    : paths_(paths), folder_(folder), policy_(paths, {}), reserve_(paths), session_(std::move(session)) {}
+namespace {
 
-Result<std::vector<CleanFailure>>
-QuarantineRestore::run(const std::optional<std::set<std::string>>& entryIDs) {
-    const std::vector<QuarantineEntry*> entries = chosen(entryIDs);
-    announce(entries);
-    std::vector<CleanFailure> failures;
-    for (QuarantineEntry* entry : entries) {
-        const Status moved = moveBack(*entry);
-        if (moved)
-            entry->restored = true;
-        else
-            failures.push_back({entry->originalPath, moved.error().message});
-    }
-    if (auto saved = withReserve(reserve_, [&] { return folder_.save(session_); }); !saved) {
-        return failed(std::move(saved.error()));
-    }
-    folder_.dropJournal();
-    if (session_.activeCount() == 0) (void)folder_.removeEmptied();
-    return failures;
+constexpr const char* noPlainPath = "its original path is not a plain full path";
+constexpr const char* insideOwnFolder = "its original path lies in this program's own folder";
+constexpr const char* throughLink = "the way to it runs through a link that leads elsewhere";
+constexpr const char* neverTaken = "nothing is ever quarantined from there ({})";
+
+bool isPlain(const std::string& path) {
+    return path.size() > 1 && path.starts_with('/') && path == standardizedPathText(path) &&
+           path.find('\0') == std::string::npos;
 }
 
-std::vector<QuarantineEntry*>
-QuarantineRestore::chosen(const std::optional<std::set<std::string>>& entryIDs) {
-    std::vector<QuarantineEntry*> entries;
-    for (QuarantineEntry& entry : session_.entries) {
+std::string lowestExistingFolder(const std::string& path) {
+    std::string folder = parentPath(path);
+    while (folder != "/") {
+        const auto status = targetStatus(folder);
+        if (status || status.error() != ENOENT) break;
+        folder = parentPath(folder);
+    }
+    return folder;
+}
+
+// Why nothing can have been taken from there; empty when something can.
+std::string reasonAgainst(const SafetyPolicy& policy, const std::string& path, const std::string& realPath) {
+    for (const std::string* each : {&path, &realPath}) {
+        const auto verdict = policy.check(*each);
+        if (const auto* blocked = std::get_if<SafetyPolicy::Blocked>(&verdict)) return blocked->reason;
+        if (path == realPath) break;
+    }
+    return "";
+}
+
+// Where an item goes back to. Links on the way are followed once, so what is judged is what is used.
+class Destination {
+public:
+    // Creates nothing. Fails for a place where no item can have been.
+    static Result<Destination> open(const Paths& paths, const SafetyPolicy& policy,
+                                    const std::string& originalPath);
+
+    // Something is there already, be it a dangling link.
+    bool isTaken() const { return below_.empty() && anchor_.status(); }
+
+    // Creates the missing parent folders.
+    Result<Place> make() const;
+
+private:
+    Destination(Place anchor, std::vector<std::string> below)
+        : anchor_(std::move(anchor)), below_(std::move(below)) {}
+
+    Place anchor_;                   // in the lowest folder that exists
+    std::vector<std::string> below_; // the rest of the way, from the item of `anchor_` on
+};
+
+Result<Destination> Destination::open(const Paths& paths, const SafetyPolicy& policy,
+                                      const std::string& originalPath) {
+    const auto refused = [&](const std::string& reason) {
+        return failed(
+            Failure::saying(fmt::format("{} cannot be restored: {}", printable(originalPath), reason)));
+    };
+    if (!isPlain(originalPath)) return refused(noPlainPath);
+    const std::string folder = lowestExistingFolder(originalPath);
+    const std::string rest = originalPath.substr(folder == "/" ? 0 : folder.size());
+    std::vector<std::string> below = splitOmittingEmpty(rest, '/');
+    auto anchor = Place::open(joinPath(folder, below.front()));
+    if (!anchor) return failed(std::move(anchor.error()));
+    const std::string realFolder = parentPath(anchor->realPath());
+    const std::string realPath = joinPath(realFolder, rest);
+    if (isAtOrUnder(realPath, realFolderPath(paths.supportDir()))) return refused(insideOwnFolder);
+    const std::string realHome = realFolderPath(paths.home());
+    const bool staysAtHome = isAtOrUnder(realFolder, realHome);
+    if (realFolder != folder && !staysAtHome) return refused(throughLink);
+    const std::string spelled =
+        staysAtHome ? joinPath(paths.home(), realPath.substr(realHome.size())) : realPath;
+    if (const std::string reason = reasonAgainst(policy, originalPath, spelled); !reason.empty())
+        return refused(fmt::format(neverTaken, reason));
+    below.erase(below.begin());
+    return Destination(std::move(*anchor), std::move(below));
+}
+
+Result<Place> Destination::make() const {
+    Place place = anchor_;
+    for (const std::string& name : below_) {
+        auto inner = place.below(name, Place::Missing::create);
+        if (!inner) return inner;
+        place = std::move(*inner);
+    }
+    return place;
+}
+
+using Entries = std::vector<QuarantineEntry*>;
+
+Entries chosen(QuarantineSession& session, const std::optional<std::set<std::string>>& entryIDs) {
+    Entries entries;
+    for (QuarantineEntry& entry : session.entries) {
         if (!entry.restored && (!entryIDs || entryIDs->contains(entry.storedName))) entries.push_back(&entry);
     }
     return entries;
 }
 
-// So that a crash is seen to have brought back what it did bring back. Where nothing can be written, undoing
-// matters more than knowing later what was undone.
-void QuarantineRestore::announce(const std::vector<QuarantineEntry*>& entries) const {
-    if (entries.empty()) return;
-    const std::vector<const QuarantineEntry*> lines(entries.begin(), entries.end());
-    (void)withReserve(reserve_, [&]() -> Status {
-        auto journal = folder_.openJournal();
-        if (!journal) return failed(std::move(journal.error()));
-        return QuarantineJournal::announceRestoring(*journal, lines);
-    });
-}
-
-Status QuarantineRestore::moveBack(const QuarantineEntry& entry) const {
-    const auto stored = folder_.item(entry.storedName);
-    if (!stored || folder_.isAbsent(entry.storedName)) {
-        return failed(QuarantineError::missing(folder_.itemPath(entry.storedName)));
+Status moveBack(const Paths& paths, const SafetyPolicy& policy, const QuarantineFolder& folder,
+                const QuarantineEntry& entry) {
+    const auto stored = folder.item(entry.storedName);
+    if (!stored || folder.isAbsent(entry.storedName)) {
+        return failed(QuarantineError::missing(folder.itemPath(entry.storedName)));
     }
-    const auto destination = RestoreDestination::open(paths_, policy_, entry.originalPath);
+    const auto destination = Destination::open(paths, policy, entry.originalPath);
     if (!destination) return failed(destination.error());
     if (destination->isTaken()) return failed(QuarantineError::destinationExists(entry.originalPath));
     const auto place = destination->make();
@@ -67,6 +126,34 @@ Status QuarantineRestore::moveBack(const QuarantineEntry& entry) const {
     const bool isTaken =
         !moved && moved.error().domain == FailureDomain::posix && moved.error().code == EEXIST;
     return isTaken ? failed(QuarantineError::destinationExists(entry.originalPath)) : moved;
+}
+
+} // namespace
+
+std::string realFolderPath(const std::string& path) {
+    const auto place = Place::open(joinPath(path, "x"));
+    return place ? parentPath(place->realPath()) : path;
+}
+
+Result<std::vector<CleanFailure>> restoreEntries(const Paths& paths, QuarantineFolder& folder,
+                                                 QuarantineSession session,
+                                                 const std::optional<std::set<std::string>>& entryIDs) {
+    const Entries entries = chosen(session, entryIDs);
+    // After a crash the journal shows what was brought back. Where nothing can be written, undoing matters
+    // more than knowing later what was undone.
+    const std::vector<const QuarantineEntry*> lines(entries.begin(), entries.end());
+    if (!lines.empty()) (void)folder.announceRestoring(lines);
+    const SafetyPolicy policy(paths, {});
+    std::vector<CleanFailure> failures;
+    for (QuarantineEntry* entry : entries) {
+        const Status moved = moveBack(paths, policy, folder, *entry);
+        entry->restored = moved.has_value();
+        if (!moved) failures.push_back({entry->originalPath, moved.error().message});
+    }
+    if (auto saved = folder.save(session); !saved) return failed(std::move(saved.error()));
+    folder.dropJournal();
+    if (session.activeCount() == 0) (void)folder.removeEmptied();
+    return failures;
 }
 
 } // namespace loftmere

@@ -3,8 +3,7 @@
 #include "CleanerCore/Files/Paths.h"
 #include "CleanerCore/Records/CleanReport.h"
 #include "CleanerCore/Removal/Quarantine/QuarantineFolder.h"
-#include "CleanerCore/Removal/Quarantine/SpaceReserve.h"
-#include "CleanerCore/Safety/SafetyPolicy.h"
+#include "CleanerCore/Support/Result.h"
 
 #include <optional>
 #include <set>
@@ -13,24 +12,18 @@
 
 namespace loftmere {
 
-// Moves entries of one session back to where they were. Used once; the caller holds the session's lock.
-class QuarantineRestore {
-public:
-    QuarantineRestore(const Paths& paths, const QuarantineFolder& folder, QuarantineSession session);
+// Moves the entries of a session back to where they were, all or those whose stored names are given, and
+// saves the manifest. `session` is what `folder` has read; the caller holds the folder's lock. Nothing is
+// brought back to a place where no item can have been before it was quarantined: a path that is not absolute
+// and plain, one inside the program's own folder, one that is reached through a link that leads out of the
+// home folder, and one from which the policy lets nothing be taken. The user's own rules do not count: they
+// may be younger than the session. Answers the entries that could not be moved. Fails when the manifest
+// cannot be saved.
+Result<std::vector<CleanFailure>> restoreEntries(const Paths& paths, QuarantineFolder& folder,
+                                                 QuarantineSession session,
+                                                 const std::optional<std::set<std::string>>& entryIDs);
 
-    // All entries, or those whose stored names are given. Fails when the manifest cannot be saved afterwards.
-    Result<std::vector<CleanFailure>> run(const std::optional<std::set<std::string>>& entryIDs);
-
-private:
-    std::vector<QuarantineEntry*> chosen(const std::optional<std::set<std::string>>& entryIDs);
-    void announce(const std::vector<QuarantineEntry*>& entries) const;
-    Status moveBack(const QuarantineEntry& entry) const;
-
-    const Paths& paths_;
-    const QuarantineFolder& folder_;
-    const SafetyPolicy policy_; // without the user's own rules
-    SpaceReserve reserve_;
-    QuarantineSession session_;
-};
+// The real path of a folder that exists; the path itself when there is no telling.
+std::string realFolderPath(const std::string& path);
 
 } // namespace loftmere

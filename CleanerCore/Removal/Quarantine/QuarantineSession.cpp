@@ -2,6 +2,9 @@
 
 #include "CleanerCore/Support/ByteSum.h"
 #include "CleanerCore/Support/RecordCodec.h"
+#include "CleanerCore/Support/Text.h"
+
+#include <fmt/format.h>
 
 #include <algorithm>
 
@@ -9,7 +12,15 @@ namespace loftmere {
 
 namespace {
 
-constexpr std::tuple fields{
+constexpr std::tuple entryFields{
+    field("originalPath", &QuarantineEntry::originalPath),
+    field("storedName", &QuarantineEntry::storedName),
+    field("size", &QuarantineEntry::size),
+    field("category", &QuarantineEntry::category),
+    field("restored", &QuarantineEntry::restored),
+};
+
+constexpr std::tuple sessionFields{
     field("id", &QuarantineSession::id),
     field("createdAt", &QuarantineSession::createdAt),
     field("expiresAt", &QuarantineSession::expiresAt),
@@ -17,7 +28,19 @@ constexpr std::tuple fields{
     field("entries", &QuarantineSession::entries),
 };
 
+Failure saying(fmt::format_string<std::string> words, const std::string& text) {
+    return Failure::saying(fmt::format(words, printable(text)));
+}
+
 } // namespace
+
+Json JsonCodec<QuarantineEntry>::encode(const QuarantineEntry& value) {
+    return encodeRecord(value, entryFields);
+}
+
+std::optional<QuarantineEntry> JsonCodec<QuarantineEntry>::decode(const Json& json) {
+    return decodeRecord(json, QuarantineEntry{}, entryFields);
+}
 
 int64_t QuarantineSession::totalSize() const {
     int64_t total = 0;
@@ -30,11 +53,36 @@ int QuarantineSession::activeCount() const {
 }
 
 Json JsonCodec<QuarantineSession>::encode(const QuarantineSession& value) {
-    return encodeRecord(value, fields);
+    return encodeRecord(value, sessionFields);
 }
 
 std::optional<QuarantineSession> JsonCodec<QuarantineSession>::decode(const Json& json) {
-    return decodeRecord(json, QuarantineSession{}, fields);
+    return decodeRecord(json, QuarantineSession{}, sessionFields);
 }
+
+namespace QuarantineError {
+
+Failure destinationExists(const std::string& path) {
+    return saying("Something already exists at {}. Move it first, then restore.", path);
+}
+
+Failure missing(const std::string& path) {
+    return saying("Quarantined copy is missing: {}", path);
+}
+
+Failure differentVolume(const std::string& name) {
+    return saying("{} is on another drive — quarantining it would copy the whole file onto this Mac", name);
+}
+
+Failure inUse(const std::string& sessionID) {
+    return saying("The quarantine session {} is being written by another run. Try again when that has ended.",
+                  sessionID);
+}
+
+Failure invalidID(const std::string& sessionID) {
+    return saying("{} is not the name of a quarantine session", sessionID);
+}
+
+} // namespace QuarantineError
 
 } // namespace loftmere

@@ -1,9 +1,10 @@
 #pragma once
 
+#include "CleanerCore/Records/CleanCategory.h"
 #include "CleanerCore/Records/TriggerSource.h"
-#include "CleanerCore/Removal/Quarantine/QuarantineEntry.h"
 #include "CleanerCore/Support/Date.h"
 #include "CleanerCore/Support/Json.h"
+#include "CleanerCore/Support/Result.h"
 
 #include <cstdint>
 #include <string>
@@ -11,7 +12,21 @@
 
 namespace loftmere {
 
-// The items moved to quarantine in one clean. A value owned by the one caller that began it.
+// One item in quarantine.
+struct QuarantineEntry {
+    std::string originalPath; // where the item was, absolute
+    std::string storedName;   // its name among the session's items
+    int64_t size = 0;         // bytes, as the scan reported them
+    CleanCategory category = CleanCategory::userCaches;
+    bool restored = false; // it has been moved back
+
+    const std::string& id() const { return storedName; }
+
+    bool operator==(const QuarantineEntry&) const = default;
+};
+
+// The items moved to quarantine in one clean. A value owned by the one caller that began it. Its codec reads
+// manifests that anyone may have written; fuzzers call it.
 struct QuarantineSession {
     std::string id; // also its folder's name
     Date createdAt;
@@ -19,13 +34,29 @@ struct QuarantineSession {
     TriggerSource trigger;
     std::vector<QuarantineEntry> entries; // in order of arrival
 
-    // Of the entries that are not restored.
-    int64_t totalSize() const;
+    // Both count the entries that are not restored.
+    int64_t totalSize() const; // bytes
     int activeCount() const;
 
     bool operator==(const QuarantineSession&) const = default;
 };
 
+LOFTMERE_JSON_CODEC(QuarantineEntry);
 LOFTMERE_JSON_CODEC(QuarantineSession);
+
+// Why something cannot go to quarantine or come back, in the words that the user sees.
+namespace QuarantineError {
+
+Failure destinationExists(const std::string& path);
+Failure missing(const std::string& path);
+Failure differentVolume(const std::string& name);
+
+// Another run is writing the session.
+Failure inUse(const std::string& sessionID);
+
+// An id that could lead out of the quarantine.
+Failure invalidID(const std::string& sessionID);
+
+} // namespace QuarantineError
 
 } // namespace loftmere

@@ -1,9 +1,10 @@
 #include "CleanerCore/Removal/Quarantine/QuarantineWriter.h"
 
 #include "CleanerCore/Platform/Removal.h"
-#include "CleanerCore/Removal/Quarantine/QuarantineError.h"
 #include "CleanerCore/Support/PathText.h"
 #include "CleanerCore/Support/Text.h"
+
+#include <fmt/format.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -12,13 +13,12 @@ namespace loftmere {
 
 namespace {
 
-constexpr size_t firstSave = 64; // below, the manifest is saved at the end only; from here at each doubling
+constexpr size_t firstSave = 64; // the manifest is saved at each doubling from here on, and at the end
 constexpr size_t smallestWindow = 8;
 constexpr size_t largestWindow = 512;
 constexpr size_t longestName = 255;
 
-} // namespace
-
+// The number of entries before it, "-" and the item's own name, cut to the length that a name may have.
 std::string storedNameOf(size_t count, const std::string& name) {
     std::string stored = std::to_string(count) + "-" + name;
     if (stored.size() <= longestName) return stored;
@@ -28,9 +28,23 @@ std::string storedNameOf(size_t count, const std::string& name) {
     return stored;
 }
 
+// The name cannot be written down, so the item could not be brought back.
+Failure unreadableName(const std::string& path) {
+    return Failure::saying(
+        fmt::format("{} has a name that is not valid text, so it could not be brought back from quarantine",
+                    printable(path)));
+}
+
+// The policy lets nothing be taken from there, so nothing would be brought back to it either.
+Failure noWayBack(const std::string& path, const std::string& reason) {
+    return Failure::saying(
+        fmt::format("{} could not be brought back from quarantine: {}", printable(path), reason));
+}
+
+} // namespace
+
 QuarantineWriter::QuarantineWriter(const Paths& paths, QuarantineFolder folder, FileLock lock)
     : policy_(paths, {}),
-      reserve_(paths),
       folder_(std::move(folder)),
       lock_(std::move(lock)),
       nextSave_(firstSave),
@@ -59,12 +73,7 @@ void QuarantineWriter::foresee(std::vector<ForeseenItem> items) {
 Status QuarantineWriter::add(const Place& place, QuarantineEntry entry, QuarantineSession& session) {
     // Another copy of the session has been added to: going on from this one would forget its entries.
     if (session.entries.size() != count_) return failed(QuarantineError::inUse(session.id));
-    if (!isValidUTF8(entry.originalPath) || !isValidUTF8(place.name())) {
-        return failed(QuarantineError::unreadableName(entry.originalPath));
-    }
-    const auto verdict = policy_.check(entry.originalPath, place);
-    if (const auto* blocked = std::get_if<SafetyPolicy::Blocked>(&verdict))
-        return failed(QuarantineError::noWayBack(entry.originalPath, blocked->reason));
+    if (auto may = mayAdd(place, entry); !may) return may;
     entry.storedName = storedNameOf(count_, lastPathComponent(entry.originalPath));
     const auto stored = folder_.item(entry.storedName);
     if (!stored) return failed(QuarantineError::missing(folder_.itemPath(entry.storedName)));
@@ -82,27 +91,30 @@ Status QuarantineWriter::add(const Place& place, QuarantineEntry entry, Quaranti
     return {};
 }
 
+Status QuarantineWriter::mayAdd(const Place& place, const QuarantineEntry& entry) const {
+    const std::string& path = entry.originalPath;
+    if (!isValidUTF8(path) || !isValidUTF8(place.name())) return failed(unreadableName(path));
+    const auto verdict = policy_.check(path, place);
+    const auto* blocked = std::get_if<SafetyPolicy::Blocked>(&verdict);
+    return blocked == nullptr ? Status() : failed(noWayBack(path, blocked->reason));
+}
+
 Status QuarantineWriter::ensureAnnounced(const QuarantineEntry& entry) {
     const bool isNext = arrived_ < announced_.size() && announced_[arrived_] == entry;
     if (isNext) return {};
     // The window grows while it serves to its end.
     window_ = arrived_ == announced_.size() ? std::min(2 * window_, largestWindow) : smallestWindow;
-    return withReserve(reserve_, [&] { return announce(entry); });
-}
-
-Status QuarantineWriter::announce(const QuarantineEntry& entry) {
-    if (auto opened = openJournal(); !opened) return opened;
     announced_.clear();
     arrived_ = 0;
     std::vector<QuarantineEntry> window = withFollowing(entry);
     if (window.empty()) return failed(Failure::posix(EEXIST, "move", entry.originalPath));
-    if (auto written = QuarantineJournal::announceArriving(*journal_, window); !written) return written;
+    if (auto written = folder_.announceArriving(window); !written) return written;
     announced_ = std::move(window);
     return {};
 }
 
-// The entry and those expected after it. A name that is taken already must not be announced: its item would
-// pass for the one that was announced last. Empty when that is so of the first.
+// The entry and those expected after it. A name that is taken must not be announced: its item would pass for
+// the one that was announced last. Empty when the entry's own name is taken.
 std::vector<QuarantineEntry> QuarantineWriter::withFollowing(const QuarantineEntry& entry) {
     std::vector<QuarantineEntry> window;
     if (!folder_.isAbsent(entry.storedName)) return window;
@@ -118,29 +130,18 @@ std::vector<QuarantineEntry> QuarantineWriter::withFollowing(const QuarantineEnt
     return window;
 }
 
-Status QuarantineWriter::openJournal() {
-    if (journal_) return {};
-    auto file = folder_.openJournal();
-    if (!file) return failed(std::move(file.error()));
-    journal_ = std::move(*file);
-    return {};
-}
-
-// A convenience for other readers of the manifest; what it lacks is in the journal, so a failure changes
-// nothing.
+// What the manifest lacks is in the journal.
 void QuarantineWriter::saveNowAndThen(const QuarantineSession& session) {
     if (count_ < nextSave_) return;
     nextSave_ = 2 * count_;
-    (void)folder_.save(session);
+    folder_.saveMeanwhile(session);
 }
 
 Status QuarantineWriter::finish(const QuarantineSession& session) {
-    if (!journal_ && !folder_.hasJournal()) return {};
+    if (!folder_.hasJournal()) return {};
     if (session.entries.size() != count_) return finish(); // an older copy must not forget entries
-    auto saved = withReserve(reserve_, [&] { return folder_.save(session); });
-    if (!saved) return saved;
+    if (auto saved = folder_.save(session); !saved) return saved;
     folder_.dropJournal();
-    journal_.reset();
     announced_.clear();
     arrived_ = 0;
     return {};
@@ -150,7 +151,7 @@ Status QuarantineWriter::finish() {
     if (!folder_.hasJournal()) return {};
     const auto session = folder_.read();
     if (!session) return failed(session.error());
-    if (!*session) return {}; // a manifest that cannot be read is left for whoever can
+    if (!*session) return {}; // a manifest that cannot be read is left to whoever can read it
     count_ = (*session)->entries.size();
     return finish(**session);
 }

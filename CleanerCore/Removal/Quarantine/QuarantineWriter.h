@@ -1,9 +1,7 @@
 #pragma once
 
-#include "CleanerCore/Platform/AppendFile.h"
 #include "CleanerCore/Platform/FileLock.h"
 #include "CleanerCore/Removal/Quarantine/QuarantineFolder.h"
-#include "CleanerCore/Removal/Quarantine/SpaceReserve.h"
 #include "CleanerCore/Safety/SafetyPolicy.h"
 
 #include <cstddef>
@@ -14,19 +12,19 @@
 
 namespace loftmere {
 
-// What a caller means to add later. It is only told so that many items can be announced at once.
+// What a caller means to add later. It serves only to announce many items at once.
 struct ForeseenItem {
     std::string originalPath;
     int64_t size = 0;
     CleanCategory category = CleanCategory::userCaches;
 };
 
-// Moves items into one session, whose lock it holds. Each item is announced in the journal before it moves;
-// items that were foreseen are announced many at a time, so that the disk is waited for once for all of them.
+// Moves items into one session, whose lock it holds. Each item is announced in the journal before it moves.
+// Items that were foreseen are announced many at a time, so that one wait for the disk serves all of them.
 // One thread at a time.
 class QuarantineWriter {
 public:
-    // Takes a session up, or up again. Fails when another run writes it.
+    // Starts with a session, or goes on with it. Fails while another run writes it.
     static Result<QuarantineWriter> open(const Paths& paths, const std::string& sessionID);
 
     void foresee(std::vector<ForeseenItem> items);
@@ -35,28 +33,25 @@ public:
     // unchanged.
     Status add(const Place& place, QuarantineEntry entry, QuarantineSession& session);
 
-    // Saves the manifest and lets the journal go. When that fails the journal still tells all.
+    // Saves the manifest and removes the journal. On failure the journal still says all.
     Status finish(const QuarantineSession& session);
 
-    // The same with the session as it stands on disk.
+    // The same with the session as it is on disk.
     Status finish();
 
 private:
     QuarantineWriter(const Paths& paths, QuarantineFolder folder, FileLock lock);
 
+    Status mayAdd(const Place& place, const QuarantineEntry& entry) const;
     Status ensureAnnounced(const QuarantineEntry& entry);
-    Status announce(const QuarantineEntry& entry);
     std::vector<QuarantineEntry> withFollowing(const QuarantineEntry& entry);
-    Status openJournal();
     void saveNowAndThen(const QuarantineSession& session);
 
     SafetyPolicy policy_; // without the user's own rules
-    SpaceReserve reserve_;
     QuarantineFolder folder_;
     FileLock lock_;
-    std::optional<AppendFile> journal_; // from the first item on
-    size_t count_ = 0;                  // entries of the session
-    size_t nextSave_ = 0;               // entries at which the manifest is saved in between
+    size_t count_ = 0;    // entries of the session
+    size_t nextSave_ = 0; // entries at which the manifest is saved in between
 
     std::vector<ForeseenItem> foreseen_;
     std::unordered_map<std::string, size_t> foreseenAt_; // by original path
@@ -64,9 +59,5 @@ private:
     size_t arrived_ = 0;                                 // so many of them have moved
     size_t window_ = 0;                                  // how many to announce next
 };
-
-// The name under which an item is stored: the number of entries before it, "-" and its own name, cut to what
-// a name may have.
-std::string storedNameOf(size_t count, const std::string& name);
 
 } // namespace loftmere
