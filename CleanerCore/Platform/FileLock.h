@@ -1,12 +1,15 @@
 #pragma once
 
-#include "CleanerCore/Platform/Place.h"
 #include "CleanerCore/Platform/posix/FileDescriptor.h"
+#include "CleanerCore/Support/Result.h"
 
+#include <expected>
 #include <optional>
 #include <string>
 
 namespace loftmere {
+
+class Place;
 
 // An advisory lock, held by one owner at a time until it is released, destroyed, or the process ends. Any
 // thread.
@@ -17,8 +20,7 @@ public:
     // be opened; never waits.
     static std::optional<FileLock> acquire(const std::string& path);
 
-    // On the folder that stands at a place. Fails with EWOULDBLOCK when another holds the lock, and when
-    // there is no such folder; a file system without locks for folders keeps nobody out.
+    // On the folder at a place, as `OpenFolder::lock`.
     static Result<FileLock> acquireFolder(const Place& place);
 
     ~FileLock() { release(); }
@@ -28,6 +30,9 @@ public:
     void release();
 
 private:
+    friend class OpenFolder;
+    // The errno value on failure: EWOULDBLOCK when another holds the lock.
+    static std::expected<FileLock, int> onOpenFile(FileDescriptor fd);
     explicit FileLock(FileDescriptor fd) : fd_(std::move(fd)) {}
 
     FileDescriptor fd_;

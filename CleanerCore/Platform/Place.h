@@ -1,5 +1,7 @@
 #pragma once
 
+#include "CleanerCore/Platform/Directory.h"
+#include "CleanerCore/Platform/FileLock.h"
 #include "CleanerCore/Platform/FileStatus.h"
 #include "CleanerCore/Platform/posix/FileDescriptor.h"
 #include "CleanerCore/Support/Result.h"
@@ -8,59 +10,122 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace loftmere {
 
-// Where an item stands: its folder, held open, and its name in that folder. Links in the parents are followed
-// once, when the place is opened; whatever is decided about a place therefore stays true of what is done with
-// it, also when someone exchanges a parent for a link in between. A value; copies share the open folder. Any
-// thread.
+class Place;
+
+// A folder, held open. Links on the way to it are followed once, when it is opened; everything done through
+// this object then happens in that very folder, also when someone moves it or exchanges a parent for a link.
+// A value; copies share the open folder. Any thread.
+class OpenFolder {
+public:
+    // What to do about a folder that does not exist.
+    enum class Missing { fail, create };
+
+    // Fails when the folder cannot be opened or when its real path cannot be found. The path may be longer
+    // than the system takes in one call.
+    static Result<OpenFolder> open(const std::string& path);
+
+    // The path without links, as it was when the folder was opened.
+    const std::string& realPath() const { return open_->realPath; }
+
+    // A base for calls relative to the folder. It cannot be listed or synced through this descriptor.
+    int descriptor() const { return open_->descriptor.get(); }
+
+    // The errno value on failure. `addedToFolder` may be absent.
+    std::expected<FileStatus, int> status() const;
+
+    // Whether the two are on volumes that are known to differ, or are reached through different mounts of
+    // one, so that nothing can be moved from one to the other.
+    bool isOnAnotherVolume(const OpenFolder& other) const;
+
+    // Whether the volume, or its mount, is known to be read-only.
+    bool isReadOnly() const;
+
+    // What has, or would get, this name here. `name` must be a single component.
+    Place entry(const std::string& name) const;
+
+    // The folder with this name; a link to one is refused. A new one gets the mode 0755.
+    Result<OpenFolder> subfolder(const std::string& name, Missing missing = Missing::fail) const;
+
+    // As `readDirectory`.
+    std::optional<std::vector<DirectoryEntry>> list() const;
+
+    // Puts the folder's entries on the disk, with all renames in and out of it so far.
+    Status sync() const;
+
+    // Locks the folder without waiting. Fails with EWOULDBLOCK when another holds the lock, and with ENOENT
+    // when the folder has been deleted or moved since it was opened. A file system without locks for folders
+    // keeps nobody out.
+    Result<FileLock> lock() const;
+
+private:
+    struct Open {
+        FileDescriptor descriptor;
+        std::string realPath;
+    };
+
+    OpenFolder(FileDescriptor descriptor, std::string realPath);
+    bool isStillThere() const;
+
+    std::shared_ptr<const Open> open_;
+};
+
+// Where an item is or could be: the folder that holds it, held open, and its name there. Whatever is decided
+// about a place stays true of what is done with it, because the links in the parents were followed once, when
+// the folder was opened. A value. Any thread.
 class Place {
 public:
-    // Fails when the parent folder cannot be opened, when its real path cannot be told, or when the path
+    using Missing = OpenFolder::Missing;
+
+    // Fails when the parent folder cannot be opened, when its real path cannot be found, or when the path
     // names no entry of a folder ("/", ".", ".."). The item itself need not exist. The path may be longer
     // than the system takes in one call.
     static Result<Place> open(const std::string& path);
 
     // The place of the path or, where its folders do not exist yet, that of the uppermost one that is
-    // missing: where the path would be made. Absent when it cannot be told.
+    // missing: where the path would be made. Absent when it cannot be found.
     static std::optional<Place> nearest(std::string path);
 
-    // The folder's real path, without links, and the name. This is what is to be judged before acting.
+    // The parent's real path, without links, and the name. This is what must be judged before acting.
     const std::string& realPath() const { return realPath_; }
     const std::string& name() const { return name_; }
 
-    // The folder as a base for calls relative to it; it cannot be listed or synced through this descriptor.
-    int folder() const { return folder_->get(); }
+    // The folder that holds the item, and its descriptor as a base for relative calls.
+    const OpenFolder& parent() const { return parent_; }
+    int folder() const { return parent_.descriptor(); }
 
     // The item itself, a link not followed; the errno value on failure.
     std::expected<FileStatus, int> status() const;
 
-    // Whether the folders of the two are on volumes that are known to differ, or reached through different
-    // mounts of one, so that nothing can be moved from one to the other.
-    bool isOnAnotherVolume(const Place& other) const;
+    // As for the folders that hold the two.
+    bool isOnAnotherVolume(const Place& other) const { return parent_.isOnAnotherVolume(other.parent_); }
+    bool isReadOnly() const { return parent_.isReadOnly(); }
 
     // Whether a volume, or a folder from elsewhere, is mounted on the item itself.
     bool isMountPoint() const;
 
-    // Whether the folder's volume, or its mount, is known to let nothing be changed.
-    bool isReadOnly() const;
-
     // Another name in the same folder. `name` must be a single component.
-    Place beside(const std::string& name) const;
+    Place beside(const std::string& name) const { return parent_.entry(name); }
 
-    // A name in the folder that stands here. Fails when that is no folder or a link to one; with `create` a
-    // missing one is made.
-    enum class Missing { fail, create };
+    // The item, opened as a folder. Fails when it is none or a link to one.
+    Result<OpenFolder> asFolder(Missing missing = Missing::fail) const {
+        return parent_.subfolder(name_, missing);
+    }
+
+    // A name in the folder that is here.
     Result<Place> below(const std::string& name, Missing missing = Missing::fail) const;
 
-    // Puts the folder's entries on the disk, with all renames in and out of it so far.
-    Status sync() const;
+    // Puts the entries of the folder that holds the item on the disk.
+    Status sync() const { return parent_.sync(); }
 
 private:
-    Place(std::shared_ptr<const FileDescriptor> folder, std::string name, std::string realPath);
+    friend class OpenFolder;
+    Place(OpenFolder parent, std::string name);
 
-    std::shared_ptr<const FileDescriptor> folder_;
+    OpenFolder parent_;
     std::string name_;
     std::string realPath_;
 };

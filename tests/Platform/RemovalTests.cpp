@@ -72,6 +72,31 @@ TEST(Place, TellsTheRealPathAndRefusesWhatIsNoEntry) {
     EXPECT_FALSE(fs::exists(home.at("moved/inner/file")));
 }
 
+TEST(OpenFolder, StaysWithTheFolderItOpened) {
+    const TemporaryHome home;
+    home.file("real/file", "x");
+    home.link("real/out", home.folder("elsewhere"));
+    home.link("way", home.at("real"));
+    const auto folder = OpenFolder::open(home.at("way"));
+    ASSERT_TRUE(folder);
+    EXPECT_EQ(folder->realPath(), home.at("real"));
+    EXPECT_EQ(folder->subfolder("new").error().code, ENOENT);
+    ASSERT_TRUE(folder->subfolder("new", OpenFolder::Missing::create));
+    for (const char* none : {"out", "file"}) EXPECT_FALSE(folder->subfolder(none)) << none;
+    EXPECT_EQ(OpenFolder::open(home.at("real/file")).error().code, ENOTDIR);
+
+    auto lock = folder->lock();
+    ASSERT_TRUE(lock);
+    EXPECT_EQ(OpenFolder::open(home.at("real"))->lock().error().code, EWOULDBLOCK);
+    lock->release();
+    fs::rename(home.at("real"), home.at("moved"));
+    home.file("real/other", "");
+    EXPECT_EQ(folder->lock().error().code, ENOENT) << "what is at the path now is another folder";
+    EXPECT_EQ(folder->list()->size(), 3U);
+    EXPECT_EQ(folder->entry("file").status()->size, 1);
+    EXPECT_TRUE(folder->sync());
+}
+
 TEST(RemoveItem, TakesAllBelowAndNothingElse) {
     const TemporaryHome home;
     home.file("outside/keep", "kept");

@@ -7,8 +7,7 @@
 
 namespace loftmere {
 
-std::optional<std::vector<DirectoryEntry>> readDirectory(const std::string& path) {
-    const FileDescriptor folder = openQuietly(path, O_DIRECTORY);
+std::optional<std::vector<DirectoryEntry>> entriesOf(const FileDescriptor& folder) {
     if (!folder) return std::nullopt;
     std::vector<DirectoryEntry> entries;
     thread_local EntryReader reader; // its buffer serves folder after folder
@@ -17,6 +16,10 @@ std::optional<std::vector<DirectoryEntry>> readDirectory(const std::string& path
         for (RawEntry entry; reader.next(entry);) entries.push_back({entry.name, entry.type});
     }
     return entries;
+}
+
+std::optional<std::vector<DirectoryEntry>> readDirectory(const std::string& path) {
+    return entriesOf(openQuietly(path, O_DIRECTORY));
 }
 
 } // namespace loftmere

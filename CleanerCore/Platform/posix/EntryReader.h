@@ -1,11 +1,14 @@
 #pragma once
 
+#include "CleanerCore/Platform/Directory.h"
 #include "CleanerCore/Platform/FileStatus.h"
+#include "CleanerCore/Platform/posix/FileDescriptor.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <vector>
 
 namespace loftmere {
 
@@ -47,5 +50,8 @@ private:
 
 // The bytes that an entry takes on disk; 0 for anything but a regular file, and when it has vanished.
 int64_t allocatedSize(int folder, const RawEntry& entry);
+
+// All entries of a folder opened for listing; absent when the descriptor is none.
+std::optional<std::vector<DirectoryEntry>> entriesOf(const FileDescriptor& folder);
 
 } // namespace loftmere

@@ -1,6 +1,7 @@
 #include "CleanerCore/Platform/FileLock.h"
 
 #include "CleanerCore/Platform/FileContent.h"
+#include "CleanerCore/Platform/Place.h"
 #include "CleanerCore/Platform/posix/Calls.h"
 #include "CleanerCore/Support/PathText.h"
 
@@ -15,11 +16,16 @@ std::optional<FileLock> FileLock::acquire(const std::string& path) {
     return FileLock(std::move(fd));
 }
 
-Result<FileLock> FileLock::acquireFolder(const Place& place) {
-    FileDescriptor fd(calls::open(place.folder(), place.name().c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW));
+std::expected<FileLock, int> FileLock::onOpenFile(FileDescriptor fd) {
     const bool isHeld = fd && ::flock(fd.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
-    if (!fd || isHeld) return failed(Failure::posix(errno, "lock", place.realPath()));
+    if (!fd || isHeld) return std::unexpected(errno);
     return FileLock(std::move(fd));
+}
+
+Result<FileLock> FileLock::acquireFolder(const Place& place) {
+    auto folder = place.asFolder();
+    if (!folder) return failed(std::move(folder.error()));
+    return folder->lock();
 }
 
 void FileLock::release() {

@@ -1,7 +1,9 @@
 #include "CleanerCore/Platform/Place.h"
 
 #include "CleanerCore/Platform/posix/Calls.h"
+#include "CleanerCore/Platform/posix/EntryReader.h"
 #include "CleanerCore/Platform/posix/FolderAccess.h"
+#include "CleanerCore/Platform/posix/NoAccessDate.h"
 #include "CleanerCore/Platform/posix/StatusAt.h"
 #include "CleanerCore/Support/PathText.h"
 
@@ -81,25 +83,85 @@ bool isEntryName(const std::string& name) {
            name.find('\0') == std::string::npos;
 }
 
-Place::Place(std::shared_ptr<const FileDescriptor> folder, std::string name, std::string realPath)
-    : folder_(std::move(folder)), name_(std::move(name)), realPath_(std::move(realPath)) {}
+OpenFolder::OpenFolder(FileDescriptor descriptor, std::string realPath)
+    : open_(std::make_shared<const Open>(std::move(descriptor), std::move(realPath))) {}
+
+Result<OpenFolder> OpenFolder::open(const std::string& path) {
+    if (path.find('\0') != std::string::npos) return failed(Failure::posix(EINVAL, "open", path));
+    FileDescriptor folder = openLongPath(path);
+    if (!folder) return failed(Failure::posix(errno, "open", path));
+    auto real = realPathOf(folder, path);
+    if (!real) return failed(std::move(real.error()));
+    return OpenFolder(std::move(folder), std::move(*real));
+}
+
+std::expected<FileStatus, int> OpenFolder::status() const {
+    return descriptorStatus(descriptor());
+}
+
+bool OpenFolder::isOnAnotherVolume(const OpenFolder& other) const {
+    return areOnDifferentVolumes(descriptor(), other.descriptor());
+}
+
+bool OpenFolder::isReadOnly() const {
+    struct statvfs volume{};
+    return ::fstatvfs(descriptor(), &volume) == 0 && (volume.f_flag & ST_RDONLY) != 0;
+}
+
+Place OpenFolder::entry(const std::string& name) const {
+    return {*this, name};
+}
+
+Result<OpenFolder> OpenFolder::subfolder(const std::string& name, Missing missing) const {
+    std::string path = joinPath(realPath(), name);
+    if (missing == Missing::create && calls::makeFolder(descriptor(), name.c_str(), 0755) != 0 &&
+        errno != EEXIST) {
+        return failed(Failure::posix(errno, "create the folder", path));
+    }
+    FileDescriptor inner = openBase(descriptor(), name.c_str(), Links::refuse);
+    if (!inner) return failed(Failure::posix(errno, "open", path));
+    return OpenFolder(std::move(inner), std::move(path));
+}
+
+std::optional<std::vector<DirectoryEntry>> OpenFolder::list() const {
+    return entriesOf(openQuietly(descriptor(), ".", O_DIRECTORY));
+}
+
+Status OpenFolder::sync() const {
+    const FileDescriptor listing(calls::open(descriptor(), ".", O_RDONLY | O_DIRECTORY));
+    if (listing && syncDescriptor(listing.get()) == 0) return {};
+    return failed(Failure::posix(errno, "write", realPath()));
+}
+
+Result<FileLock> OpenFolder::lock() const {
+    auto lock = FileLock::onOpenFile(FileDescriptor(calls::open(descriptor(), ".", O_RDONLY | O_DIRECTORY)));
+    if (!lock) return failed(Failure::posix(lock.error(), "lock", realPath()));
+    // Whoever held the lock before may have deleted the folder.
+    if (!isStillThere()) return failed(Failure::posix(ENOENT, "lock", realPath()));
+    return std::move(*lock);
+}
+
+bool OpenFolder::isStillThere() const {
+    const FileDescriptor found = openLongPath(realPath());
+    struct stat now{};
+    struct stat opened{};
+    return found && ::fstat(found.get(), &now) == 0 && ::fstat(descriptor(), &opened) == 0 &&
+           sameItem(now, opened);
+}
+
+Place::Place(OpenFolder parent, std::string name)
+    : parent_(std::move(parent)), name_(std::move(name)), realPath_(joinPath(parent_.realPath(), name_)) {}
 
 Result<Place> Place::open(const std::string& path) {
     // The text is cut, not tidied: ".." after a link means what the system says it means.
     const std::string_view trimmed = withoutTrailingSlashes(path);
     const size_t slash = trimmed.rfind('/');
-    std::string name(trimmed.substr(slash == std::string_view::npos ? 0 : slash + 1));
-    if (!isEntryName(name) || path.find('\0') != std::string::npos) {
-        return failed(Failure::posix(EINVAL, "open", path));
-    }
-    const std::string_view parent = slash == std::string_view::npos ? "." : trimmed.substr(0, slash + 1);
-    FileDescriptor folder = openLongPath(parent);
-    if (!folder) return failed(Failure::posix(errno, "open", parent));
-    auto real = realPathOf(folder, std::string(parent));
-    if (!real) return failed(std::move(real.error()));
-    std::string realPath = joinPath(*real, name);
-    return Place(std::make_shared<const FileDescriptor>(std::move(folder)), std::move(name),
-                 std::move(realPath));
+    const bool isBare = slash == std::string_view::npos;
+    const std::string name(trimmed.substr(isBare ? 0 : slash + 1));
+    if (!isEntryName(name)) return failed(Failure::posix(EINVAL, "open", path));
+    auto parent = OpenFolder::open(isBare ? "." : std::string(trimmed.substr(0, slash + 1)));
+    if (!parent) return failed(std::move(parent.error()));
+    return parent->entry(name);
 }
 
 std::optional<Place> Place::nearest(std::string path) {
@@ -115,37 +177,14 @@ std::expected<FileStatus, int> Place::status() const {
     return statusAt(folder(), name_.c_str(), FinalLink::keep);
 }
 
-bool Place::isOnAnotherVolume(const Place& other) const {
-    return areOnDifferentVolumes(folder(), other.folder());
-}
-
 bool Place::isMountPoint() const {
     return isMountedOn(folder(), name_.c_str());
 }
 
-bool Place::isReadOnly() const {
-    struct statvfs volume{};
-    return ::fstatvfs(folder(), &volume) == 0 && (volume.f_flag & ST_RDONLY) != 0;
-}
-
-Place Place::beside(const std::string& name) const {
-    return {folder_, name, joinPath(parentPath(realPath_), name)};
-}
-
 Result<Place> Place::below(const std::string& name, Missing missing) const {
-    if (missing == Missing::create && calls::makeFolder(folder(), name_.c_str(), 0755) != 0 &&
-        errno != EEXIST) {
-        return failed(Failure::posix(errno, "create the folder", realPath_));
-    }
-    FileDescriptor inner = openBase(folder(), name_.c_str(), Links::refuse);
-    if (!inner) return failed(Failure::posix(errno, "open", realPath_));
-    return Place(std::make_shared<const FileDescriptor>(std::move(inner)), name, joinPath(realPath_, name));
-}
-
-Status Place::sync() const {
-    const FileDescriptor listing(calls::open(folder(), ".", O_RDONLY | O_DIRECTORY));
-    if (listing && syncDescriptor(listing.get()) == 0) return {};
-    return failed(Failure::posix(errno, "write", parentPath(realPath_)));
+    auto inner = asFolder(missing);
+    if (!inner) return failed(std::move(inner.error()));
+    return inner->entry(name);
 }
 
 } // namespace loftmere
