@@ -1,6 +1,6 @@
 #include "CleanerCore/Scanning/Photos/Likeness.h"
 #include "CleanerCore/Scanning/Photos/Thumbnail.h"
-#include "tests/Scanning/Photos.h"
+#include "tests/Support/Photos.h"
 #include "tests/Support/TemporaryHome.h"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 #include "CleanerCore/Files/FS.h"
 #include "CleanerCore/Platform/FileStatus.h"
 #include "CleanerCore/Scanning/Photos/SimilarPhotosScanner.h"
-#include "tests/Scanning/Photos.h"
+#include "tests/Support/Photos.h"
 #include "tests/Support/ScannerFixtures.h"
 
 #include <gtest/gtest.h>

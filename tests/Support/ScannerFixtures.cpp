@@ -1,7 +1,7 @@
 #include "tests/Support/ScannerFixtures.h"
 
 #include "CleanerCore/Platform/TreeWalk.h"
-#include "tests/Scanning/Photos.h"
+#include "tests/Support/Photos.h"
 
 #include <algorithm>
 

@@ -1,16 +1,14 @@
 #include "tests/Terminal/TerminalRun.h"
 
+#include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
+#include <sys/ioctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
-#if __has_include(<pty.h>)
-#include <pty.h>
-#else
-#include <util.h>
-#endif
 
 #include <csignal>
+#include <cstdlib>
 #include <string_view>
 #include <utility>
 
@@ -38,6 +36,14 @@ Words wordsFor(const std::string& home, const Words& arguments, const Words& env
     ::_exit(126);
 }
 
+// Makes a terminal the controlling one of this process, with all its streams on it.
+void moveOnto(int terminal) {
+    ::setsid();
+    ::ioctl(terminal, TIOCSCTTY, 0);
+    for (int stream = 0; stream < 3; ++stream) ::dup2(terminal, stream);
+    ::close(terminal);
+}
+
 int waitForEnd(pid_t child) {
     int status = 0;
     ::waitpid(child, &status, 0);
@@ -52,10 +58,21 @@ Shell::Result runTerminal(const std::string& home, const Words& arguments, const
 
 TerminalScreen::TerminalScreen(const std::string& home, const Words& arguments, int columns,
                                const Words& environment) {
-    winsize size{
+    const winsize size{
         .ws_row = 40, .ws_col = static_cast<unsigned short>(columns), .ws_xpixel = 0, .ws_ypixel = 0};
-    child_ = ::forkpty(&terminal_, nullptr, nullptr, &size);
-    if (child_ != 0) return;
+    terminal_ = ::posix_openpt(O_RDWR | O_NOCTTY);
+    ::fcntl(terminal_, F_SETFD, FD_CLOEXEC);
+    ::grantpt(terminal_);
+    ::unlockpt(terminal_);
+    // Opened before the fork: where nobody has the other end open, reading would find the end.
+    const int shown = ::open(::ptsname(terminal_), O_RDWR | O_NOCTTY);
+    ::ioctl(shown, TIOCSWINSZ, &size);
+    child_ = ::fork();
+    if (child_ != 0) {
+        ::close(shown);
+        return;
+    }
+    moveOnto(shown);
     // Whoever runs the tests in the background may have these ignored.
     for (const int key : {SIGHUP, SIGINT, SIGQUIT}) ::signal(key, SIG_DFL);
     execute(wordsFor(home, arguments, environment));

@@ -6,7 +6,7 @@
 
 namespace loftmere::test {
 
-// The pictures that stand beside these tests; photos/make.sh tells what they are.
+// The pictures of tests/Scanning/photos; make.sh there says what they are.
 inline std::string photo(const std::string& name) {
     return std::string(LOFTMERE_SOURCE_DIR "/tests/Scanning/photos/") + name;
 }
