@@ -112,7 +112,7 @@ TEST(FS, allocatedSizeCountsBlocksNotLengths) {
     ASSERT_EQ(::mkfifo(home.at("folder/fifo").c_str(), 0644), 0);
     sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
     home.at("folder/socket").copy(address.sun_path, sizeof address.sun_path - 1);
-    const int socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    const int socket = ::socket(AF_UNIX, SOCK_STREAM, 0);
     ASSERT_EQ(::bind(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
     ::close(socket);
     home.link("folder/link", home.at("folder/.hidden"));

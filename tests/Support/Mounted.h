@@ -1,8 +1,5 @@
 #pragma once
 
-#include <sys/mount.h>
-
-#include <cstdlib>
 #include <string>
 
 namespace loftmere::test {
@@ -10,13 +7,9 @@ namespace loftmere::test {
 // A file system that is mounted for as long as this object lives, where root can do that.
 class Mounted {
 public:
-    // `what` as the system's mount tool takes it, "-t tmpfs none" for memory.
-    Mounted(const std::string& what, std::string at)
-        : path(std::move(at)),
-          done(std::system(("mount " + what + " '" + path + "' 2>/dev/null").c_str()) == 0) {}
-    ~Mounted() {
-        if (done) ::umount2(path.c_str(), MNT_DETACH);
-    }
+    // `what` as the mount tool of Linux takes it, "-t tmpfs none" for memory.
+    Mounted(const std::string& what, std::string at);
+    ~Mounted();
     Mounted(const Mounted&) = delete;
     Mounted& operator=(const Mounted&) = delete;
 

@@ -13,6 +13,8 @@
 #include <filesystem>
 #include <fstream>
 
+extern "C" char** environ; // macOS has no header for it
+
 namespace loftmere::test {
 
 namespace fs = std::filesystem;

@@ -130,9 +130,9 @@ TEST(TerminalProgram, AVanishedReaderIsNoFailureButAFullDiskIs) {
          {std::pair("\"$0\" scan | true; exit ${PIPESTATUS[0]}", 0), std::pair("\"$0\" scan > /dev/full", 1),
           std::pair("\"$0\" --help > /dev/full", 1), std::pair("\"$0\" scan >&-", 1),
           std::pair("HOME=/dev/null \"$0\" scan", 1)}) {
-        const std::string line = std::string("HOME='") + home.path() + "' bash -c '" + command + "' " +
-                                 LOFTMERE_TERMINAL + " 2> '" + home.at("err") + "'";
-        EXPECT_EQ(WEXITSTATUS(std::system(line.c_str())), status) << line;
+        const auto run =
+            Shell::run("env", {"HOME=" + home.path(), "bash", "-c", command, LOFTMERE_TERMINAL}, 60);
+        EXPECT_EQ(run.status, status) << command;
     }
 }
 
