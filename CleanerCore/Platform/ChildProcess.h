@@ -17,6 +17,9 @@ namespace loftmere {
 // A regular file, links followed, that this process may execute. Any thread.
 bool isExecutableFile(const std::string& path);
 
+// The id of this process.
+int32_t currentProcessID();
+
 // One child process and what it writes to its standard output and error. One thread uses it, and all its
 // waiting is done on that thread. Any number of children may be started at once from many threads.
 class ChildProcess {

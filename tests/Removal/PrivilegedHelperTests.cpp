@@ -1,6 +1,6 @@
 #include "CleanerCore/Platform/NamedPipe.h"
 #include "CleanerCore/Process/Shell.h"
-#include "CleanerCore/Removal/Administrator/HelperScript.h"
+#include "CleanerCore/Removal/Administrator/PrivilegedSession.h"
 #include "CleanerCore/Support/Base64.h"
 #include "CleanerCore/Support/Quoting.h"
 #include "tests/Support/SwapRig.h"
@@ -35,7 +35,7 @@ public:
                                      "purge() { echo freed; echo more; }\n"
                                      "bootout() { echo \"booted $1\"; false; }\n"
                                      "flush_dns() { echo 'no such thing' >&2; false; }\n";
-        home_.file("priv/helper.sh", helperScript(commands + settings));
+        home_.file("priv/helper.sh", PrivilegedSession::helperScript(commands + settings));
         EXPECT_TRUE(makeNamedPipe(at("priv/cmd"), 0600));
         EXPECT_TRUE(makeNamedPipe(at("priv/out"), 0600));
         Shell::run("bash",
@@ -215,7 +215,7 @@ TEST(PrivilegedHelperTests, WritesToNothingButItsPipe) {
 
 TEST(PrivilegedHelperTests, NeedsAllItsArguments) {
     const TemporaryHome home;
-    const std::string script = home.file("helper.sh", helperScript());
+    const std::string script = home.file("helper.sh", PrivilegedSession::helperScript());
     EXPECT_EQ(Shell::run("bash", {script}, 5).status, 1);
     EXPECT_EQ(Shell::run("bash", {script, home.path(), "secret", ""}, 5).status, 1);
     EXPECT_EQ(Shell::run("bash", {script, "", "secret", "1"}, 5).status, 1);

@@ -118,6 +118,10 @@ void clearAway(pid_t pid, FileDescriptor out, FileDescriptor err) {
 
 } // namespace
 
+int32_t currentProcessID() {
+    return ::getpid();
+}
+
 bool isExecutableFile(const std::string& path) {
     struct stat status;
     return path.find('\0') == std::string::npos && ::stat(path.c_str(), &status) == 0 &&

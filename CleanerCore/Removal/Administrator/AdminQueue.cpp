@@ -15,7 +15,7 @@ namespace loftmere {
 
 namespace {
 
-// What may still be removed and is still there. A command has no path and is none of ours.
+// What may still be removed and is still there. A command has no path, so it is left out.
 std::vector<ScanItem> batchOf(const std::vector<ScanItem>& items, const SafetyPolicy& policy) {
     std::vector<ScanItem> batch;
     for (const ScanItem& item : items) {
@@ -33,17 +33,15 @@ std::vector<std::string> pathsOf(const std::vector<ScanItem>& batch) {
 }
 
 AuditEntry entryOf(const ScanItem& item, bool gone) {
-    AuditEntry entry;
-    entry.id = newUUID();
-    entry.date = currentDate();
-    entry.action = "delete";
-    entry.target = *item.anyPath();
-    entry.size = item.size;
-    entry.category = item.category;
-    entry.trigger = ManualTrigger{};
-    entry.success = gone;
-    entry.message = gone ? "admin batch" : "admin batch failed";
-    return entry;
+    return {.id = newUUID(),
+            .date = currentDate(),
+            .action = "delete",
+            .target = *item.anyPath(),
+            .size = item.size,
+            .category = item.category,
+            .trigger = ManualTrigger{},
+            .success = gone,
+            .message = gone ? "admin batch" : "admin batch failed"};
 }
 
 } // namespace

@@ -40,9 +40,9 @@ public:
     // Forgets all items; nothing is removed and nothing logged.
     void clear();
 
-    // Removes as root what is queued, in one go, and logs it. What the policy refuses by now, and what has
-    // vanished, is left out silently. The queue is empty afterwards, whatever failed. Blocks, for a prompt
-    // too: never on the main thread.
+    // Removes all that is queued as root, in one go, and logs it. What the policy refuses by now and what has
+    // vanished is left out silently. The queue is empty afterwards, whatever failed. Blocks, for a prompt
+    // perhaps: never on the main thread.
     Outcome flush(const Paths& paths, const AppConfig& config);
 
 private:

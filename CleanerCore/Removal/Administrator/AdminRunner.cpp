@@ -1,15 +1,37 @@
 #include "CleanerCore/Removal/Administrator/AdminRunner.h"
 
 #include "CleanerCore/Files/FS.h"
+#include "CleanerCore/Removal/Administrator/PrivilegedSession.h"
+#include "CleanerCore/Support/Quoting.h"
 #include "CleanerCore/Support/Text.h"
 
 #include <fmt/format.h>
 
 #include <string_view>
 
-namespace loftmere::AdminRunner {
+namespace loftmere {
 
 namespace {
+
+Shell::Result askWithOsascript(const std::string& command, const std::string& text, double timeout) {
+    std::string script =
+        fmt::format("do shell script {} with administrator privileges", appleScriptQuoted(command));
+    if (!text.empty()) script += " with prompt " + appleScriptQuoted(text);
+    return Shell::run("osascript", {"-e", script}, timeout);
+}
+
+// pkexec words its question itself and shows the command line with it. The text is the name under which the
+// shell runs, so that the user can read there what it is for.
+Shell::Result askWithPkexec(const std::string& command, const std::string& text, double timeout) {
+    constexpr int32_t dismissed = 126;
+    std::vector<std::string> arguments{"/bin/sh", "-c", command};
+    if (!text.empty()) arguments.push_back(text);
+    Shell::Result result = Shell::run("pkexec", arguments, timeout);
+    if (result.status == dismissed && result.err.find("dismissed") != std::string::npos) {
+        result.err = "User canceled";
+    }
+    return result;
+}
 
 struct Explanation {
     std::string_view sign; // in the lower-cased output
@@ -40,18 +62,31 @@ std::string firstCharacters(const std::string& text, size_t count) {
     return text.substr(0, end);
 }
 
+bool isDaemonsPlist(const std::string& path) {
+    return path.starts_with("/Library/LaunchDaemons/") && path.ends_with(".plist");
+}
+
 } // namespace
+
+Shell::Result runAsAdministrator(const std::string& command, const std::string& text, double timeout) {
+    if (Shell::which("osascript")) return askWithOsascript(command, text, timeout);
+    return askWithPkexec(command, text, timeout);
+}
+
+namespace AdminRunner {
 
 Shell::Result remove(const std::vector<std::string>& paths, PrivilegedSession& session) {
     if (paths.empty()) return {};
     for (const std::string& path : paths) {
-        // A daemon that keeps running would hold or write again what is about to go. Whether it ran at all
+        // A daemon that keeps running would hold, or write again, what is about to go. Whether it ran at all
         // does not matter.
-        if (path.starts_with("/Library/LaunchDaemons/") && path.ends_with(".plist")) {
-            session.run(PrivilegedSession::Bootout{path});
-        }
+        if (isDaemonsPlist(path)) session.run(PrivilegedSession::Bootout{path});
     }
     return session.run(PrivilegedSession::Remove{paths});
+}
+
+Shell::Result remove(const std::vector<std::string>& paths) {
+    return remove(paths, PrivilegedSession::shared());
 }
 
 bool isGone(const std::string& path, const Shell::Result& result) {
@@ -59,9 +94,9 @@ bool isGone(const std::string& path, const Shell::Result& result) {
 }
 
 std::string explain(const Shell::Result& result, const std::string& path) {
-    const std::string told = asciiLowercased(result.err + result.out);
+    const std::string words = asciiLowercased(result.err + result.out);
     for (const Explanation& row : explanations) {
-        if (told.find(row.sign) != std::string::npos) return std::string(row.sentence);
+        if (words.find(row.sign) != std::string::npos) return std::string(row.sentence);
     }
     if (result.err.empty()) return fmt::format("Still present after removal ({})", path);
     return firstCharacters(result.err, 160);
@@ -72,4 +107,6 @@ Shell::Result oneShot(const std::string& command, const std::string& purpose, co
     return prompt(command, "Ostrel Loftmere: " + purpose, limit);
 }
 
-} // namespace loftmere::AdminRunner
+} // namespace AdminRunner
+
+} // namespace loftmere

@@ -1,23 +1,40 @@
 #pragma once
 
 #include "CleanerCore/Process/Shell.h"
-#include "CleanerCore/Removal/Administrator/AdminPrompt.h"
-#include "CleanerCore/Removal/Administrator/PrivilegedSession.h"
 
+#include <functional>
 #include <string>
 #include <vector>
 
-// What is done as root. Both operations block, for a password prompt perhaps: never on the main thread.
-namespace loftmere::AdminRunner {
+namespace loftmere {
 
-// Removes paths in one request to the session, after the system daemons among them were unloaded, and with
-// one prompt at most for all when a session can be had. An empty list succeeds without a prompt. Status 0
-// when all are gone; whoever needs to know which ones are looks at the disk.
-Shell::Result remove(const std::vector<std::string>& paths,
-                     PrivilegedSession& session = PrivilegedSession::shared());
+class PrivilegedSession;
 
-// Whether a path that was to be removed is gone, after `remove` has answered `result`. The disk decides, and
-// the helper's word only where the user cannot look. Any thread.
+// How root is asked for: runs one shell command line as root after the user has agreed. `text` says what for
+// (nothing when empty); the limit in seconds covers the prompt and the command. Any status but 0 when the
+// user declines.
+using AdminPrompt =
+    std::function<Shell::Result(const std::string& command, const std::string& text, double timeout)>;
+
+// The system's own prompt, by the first of these tools that is there: osascript, pkexec. The error of a
+// prompt that the user dismissed is "User canceled", as osascript has it. Blocks for as long as the user
+// thinks; never on the main thread.
+Shell::Result runAsAdministrator(const std::string& command, const std::string& text, double timeout);
+
+// What is done as root. `remove` and `oneShot` block, for a password prompt perhaps: never on the main
+// thread.
+namespace AdminRunner {
+
+// Removes the paths in one request to the session, after unloading the system daemons among them, and with
+// one prompt at most when a session can be had. An empty list succeeds without a prompt. Status 0 when all
+// are gone; to know which ones are, look at the disk with `isGone`.
+Shell::Result remove(const std::vector<std::string>& paths, PrivilegedSession& session);
+
+// The same with the session of this process.
+Shell::Result remove(const std::vector<std::string>& paths);
+
+// Whether a path is gone after `remove` has answered `result`. The disk decides; the helper's word counts
+// only where the user cannot look. Any thread.
 bool isGone(const std::string& path, const Shell::Result& result);
 
 // One sentence for the user on why `path` is still there after `remove` has answered `result`. Any thread.
@@ -27,4 +44,6 @@ std::string explain(const Shell::Result& result, const std::string& path);
 Shell::Result oneShot(const std::string& command, const std::string& purpose,
                       const AdminPrompt& prompt = runAsAdministrator);
 
-} // namespace loftmere::AdminRunner
+} // namespace AdminRunner
+
+} // namespace loftmere

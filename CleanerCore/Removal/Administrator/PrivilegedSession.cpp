@@ -2,33 +2,93 @@
 
 #include "CleanerCore/Files/Paths.h"
 #include "CleanerCore/Platform/AdminCommands.h"
+#include "CleanerCore/Platform/ChildProcess.h"
 #include "CleanerCore/Platform/FileContent.h"
 #include "CleanerCore/Platform/NamedPipe.h"
 #include "CleanerCore/Platform/RandomBytes.h"
+#include "CleanerCore/Platform/Removal.h"
 #include "CleanerCore/Platform/User.h"
-#include "CleanerCore/Removal/Administrator/AdminRunner.h"
-#include "CleanerCore/Removal/Administrator/HelperScript.h"
-#include "CleanerCore/Removal/Administrator/PrivilegedRequest.h"
+#include "CleanerCore/Support/Base64.h"
 #include "CleanerCore/Support/Quoting.h"
 #include "CleanerCore/Support/Text.h"
 
 #include <fmt/format.h>
-#include <unistd.h>
 
 #include <chrono>
-#include <filesystem>
-#include <string_view>
-#include <system_error>
 #include <thread>
 
 namespace loftmere {
 
 namespace {
 
+using Session = PrivilegedSession;
+
 constexpr double promptLimit = 120;
 constexpr int startTries = 40;
 constexpr std::chrono::milliseconds betweenTries{100};
 constexpr const char* promptText = "Ostrel Loftmere needs permission once for this session.";
+
+constexpr std::string_view scriptText =
+#include "CleanerCore/Removal/Administrator/helper.sh.inc"
+    ;
+
+struct ScriptRow {
+    std::string_view word;    // on the wire
+    std::string_view command; // in the table of the system's commands
+};
+
+// In the order of the enumeration.
+constexpr ScriptRow scripts[] = {
+    {"periodic-daily", "periodic_daily"},
+    {"periodic-weekly", "periodic_weekly"},
+    {"periodic-monthly", "periodic_monthly"},
+    {"rebuild-spotlight", "rebuild_spotlight"},
+    {"flush-dns", "flush_dns"},
+};
+
+// What an operation is on the wire, and without a session.
+struct Request {
+    std::string words;        // without the token: "RM {base64} {base64}"
+    double limit;             // seconds that the reply may take
+    std::string line;         // a shell command that does the same by itself; empty when there is none
+    std::string purpose = ""; // of that command, for the user
+};
+
+Request requestFor(const Session::Kill& kill) {
+    return {.words = fmt::format("KILL {} {}", kill.signal, kill.pid),
+            .limit = 20,
+            .line = fmt::format("{} -{} {}", adminCommand("kill_process"), kill.signal, kill.pid),
+            .purpose = "quit an app"};
+}
+
+Request requestFor(const Session::Bootout& bootout) {
+    return {.words = "BOOTOUT " + base64Encoded(bootout.plist),
+            .limit = 20,
+            .line = fmt::format("{} {}", adminCommand("bootout"), shellQuoted(bootout.plist)),
+            .purpose = "stop a background item"};
+}
+
+// A removal has no command of its own: it may hold more than a command line takes.
+Request requestFor(const Session::Remove& remove) {
+    Request request{.words = "RM", .limit = 300, .line = ""};
+    for (const std::string& path : remove.paths) request.words += " " + base64Encoded(path);
+    return request;
+}
+
+Request requestFor(const Session::Maintenance& maintenance) {
+    const ScriptRow& row = scripts[static_cast<size_t>(maintenance.script)];
+    return {.words = fmt::format("SCRIPT {}", row.word),
+            .limit = 600,
+            .line = std::string(adminCommand(row.command)),
+            .purpose = "run maintenance"};
+}
+
+Request requestFor(const Session::Purge&) {
+    return {.words = "PURGE",
+            .limit = 120,
+            .line = std::string(adminCommand("purge")),
+            .purpose = "free inactive memory"};
+}
 
 std::string newToken() {
     std::string token;
@@ -49,8 +109,7 @@ Shell::Result resultOf(const std::string& reply) {
 }
 
 void removeFolder(const std::string& folder) {
-    std::error_code ignored;
-    std::filesystem::remove_all(folder, ignored);
+    if (const auto place = Place::open(folder)) (void)removeItem(*place);
 }
 
 } // namespace
@@ -67,8 +126,7 @@ Shell::Result PrivilegedSession::run(const Operation& operation) {
     if (started_) {
         if (const auto reply = request(operation)) return resultOf(*reply);
     }
-    // A helper that is silent is given up: whatever it still says must not be taken for the answer to
-    // something else.
+    // A silent helper is given up: whatever it still says must not pass for the answer to something else.
     started_ = start();
     if (started_) {
         if (const auto reply = request(operation)) return resultOf(*reply);
@@ -94,13 +152,13 @@ bool PrivilegedSession::start() {
     if (!prepareFolder()) return false;
     const std::string command = fmt::format("/usr/bin/nohup /bin/bash {} {} {} {} >/dev/null 2>&1 &",
                                             shellQuoted(settings_.folder + "/helper.sh"),
-                                            shellQuoted(settings_.folder), token_, ::getpid());
+                                            shellQuoted(settings_.folder), token_, currentProcessID());
     return settings_.prompt(command, promptText, promptLimit).ok() && awaitHelper();
 }
 
 bool PrivilegedSession::prepareFolder() {
     const std::string& folder = settings_.folder;
-    removeFolder(folder); // what a session that was cancelled or crashed has left
+    removeFolder(folder); // left by a session that was cancelled or crashed
     token_ = newToken();
     owed_ = 0;
     return createDirectories(folder, 0700) && makeNamedPipe(folder + "/cmd", 0600) &&
@@ -131,14 +189,29 @@ std::optional<std::string> PrivilegedSession::send(const std::string& words, dou
 }
 
 std::optional<std::string> PrivilegedSession::request(const Operation& operation) {
-    return send(requestWords(operation), settings_.limit.value_or(requestLimit(operation)));
+    const Request request = std::visit([](const auto& each) { return requestFor(each); }, operation);
+    return send(request.words, settings_.limit.value_or(request.limit));
 }
 
 Shell::Result PrivilegedSession::fallback(const Operation& operation) const {
-    const auto command = oneShotCommand(operation);
-    // There is no command of its own for a removal, which may hold more than a command line takes.
-    if (!command) return {.status = 1, .out = "", .err = "The administrator helper could not be started"};
-    return AdminRunner::oneShot(command->line, command->purpose, settings_.prompt);
+    const Request request = std::visit([](const auto& each) { return requestFor(each); }, operation);
+    if (request.line.empty())
+        return {.status = 1, .out = "", .err = "The administrator helper could not be started"};
+    return AdminRunner::oneShot(request.line, request.purpose, settings_.prompt);
+}
+
+std::string PrivilegedSession::helperScript(std::string_view settings) {
+    constexpr std::string_view placeholder = "#@settings@";
+    std::string lines;
+    for (const AdminCommand& command : adminCommands()) {
+        // Without the request pipe: a command that outlives the helper must not look like a helper that
+        // listens.
+        lines += fmt::format("{}() {{ {} \"$@\"; }} 3<&-\n", command.name, command.text);
+    }
+    lines += settings;
+    std::string script(scriptText);
+    script.replace(script.find(placeholder), placeholder.size(), lines);
+    return script;
 }
 
 } // namespace loftmere

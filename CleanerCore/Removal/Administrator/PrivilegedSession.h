@@ -1,13 +1,14 @@
 #pragma once
 
 #include "CleanerCore/Process/Shell.h"
-#include "CleanerCore/Removal/Administrator/AdminPrompt.h"
+#include "CleanerCore/Removal/Administrator/AdminRunner.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <mutex>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <variant>
 #include <vector>
 
@@ -15,8 +16,7 @@ namespace loftmere {
 
 // Root for as long as the application lives, for one password prompt: a helper script, started as root on the
 // first need, that carries out a fixed set of operations and checks every path itself. One request at a time;
-// a caller waits for those before it, prompt included, so none of this belongs on the main thread. Any other
-// thread.
+// a caller waits for those before it, prompt included. Any thread but the main thread.
 class PrivilegedSession {
 public:
     enum class Script { periodicDaily, periodicWeekly, periodicMonthly, rebuildSpotlight, flushDNS };
@@ -37,11 +37,11 @@ public:
     struct Purge {};
     using Operation = std::variant<Kill, Bootout, Remove, Maintenance, Purge>;
 
-    // What tests put in the place of the real thing.
+    // All but the folder is for tests.
     struct Settings {
-        std::string folder; // where pipes and script stand while the session lasts
+        std::string folder; // where pipes and script are while the session lasts
         AdminPrompt prompt = runAsAdministrator;
-        std::string helperSettings = ""; // shell assignments that follow the script's own constants
+        std::string helperSettings = "";            // as for `helperScript`
         std::optional<double> limit = std::nullopt; // seconds for the reply, instead of each operation's own
     };
 
@@ -50,7 +50,7 @@ public:
 
     explicit PrivilegedSession(Settings settings);
 
-    // Has the helper do it, starting one, with a prompt, when none answers. Status 0 and the helper's words
+    // Has the helper do it. When none answers, one is started, with a prompt. Status 0 and the helper's words
     // on success, else status 1 and the helper's reply as the error. When no helper can be had, the operation
     // is done by a one-shot command with a prompt of its own; a removal then fails with status 1.
     Shell::Result run(const Operation& operation);
@@ -60,6 +60,10 @@ public:
 
     // Sends the helper away. Nothing happens when none was started.
     void end();
+
+    // The text of the helper with this system's commands in it, to be run with /bin/bash. `settings` are
+    // shell lines that follow its own constants; only tests have any.
+    static std::string helperScript(std::string_view settings = "");
 
 private:
     bool start();
@@ -73,7 +77,7 @@ private:
     std::mutex lock_; // guards all below, and the protocol: one request at a time
     std::string token_;
     bool started_ = false; // a helper has answered
-    size_t owed_ = 0;      // replies that came too late and still wait to be read
+    size_t owed_ = 0;      // replies that came too late and are still to be read
 };
 
 } // namespace loftmere
