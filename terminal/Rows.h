@@ -1,6 +1,6 @@
 #pragma once
 
-#include "CleanerCore/Records/Risk.h"
+#include "CleanerCore/Records/ScanItem.h"
 #include "CleanerCore/Support/Date.h"
 #include "terminal/Console.h"
 

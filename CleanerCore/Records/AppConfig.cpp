@@ -27,6 +27,8 @@ constexpr std::tuple fields{
 
 } // namespace
 
+LOFTMERE_RECORD_CODEC(AppConfig, fields)
+
 Disposal AppConfig::disposal(CleanCategory category) const {
     const auto& row = traits(category);
     if (row.disposalRule == DisposalRule::fixed) return row.defaultDisposal;
@@ -34,14 +36,6 @@ Disposal AppConfig::disposal(CleanCategory category) const {
     if (chosen != disposalOverrides.end()) return chosen->second;
     if (quarantineEverything && row.disposalRule == DisposalRule::switchable) return Disposal::quarantine;
     return row.defaultDisposal;
-}
-
-Json JsonCodec<AppConfig>::encode(const AppConfig& value) {
-    return encodeRecord(value, fields);
-}
-
-std::optional<AppConfig> JsonCodec<AppConfig>::decode(const Json& json) {
-    return decodeRecord(json, AppConfig{}, fields);
 }
 
 } // namespace loftmere

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "CleanerCore/Records/CleanCategory.h"
-#include "CleanerCore/Records/Disposal.h"
 #include "CleanerCore/Support/Json.h"
 
 #include <cstdint>
@@ -24,17 +23,18 @@ struct AppConfig {
     int64_t largeFileAgeDays = 120;
     int64_t xcodeArchiveAgeDays = 180;
     int64_t logAgeDays = 3;
-    int64_t minItemAgeHours = 1; // what changed more recently is never proposed
+    int64_t minItemAgeHours = 1; // nothing that changed more recently is proposed
     bool hasCompletedOnboarding = false;
     bool queueAdminRemovals = true; // gather items that need a password for one prompt
 
-    // The one place where it is decided what happens to a category's items.
+    // What happens to the items of a category. Nothing else decides that.
     Disposal disposal(CleanCategory category) const;
 
     bool operator==(const AppConfig&) const = default;
 };
 
-// No key is required: a missing or null one takes its default. A value of the wrong type fails the whole.
+// No key is required: a missing or null one takes its default. One value of the wrong type fails the whole
+// record.
 LOFTMERE_JSON_CODEC(AppConfig);
 
 } // namespace loftmere

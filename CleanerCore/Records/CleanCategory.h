@@ -1,9 +1,25 @@
 #pragma once
 
-#include "CleanerCore/Records/Disposal.h"
 #include "CleanerCore/Support/Enumeration.h"
 
 namespace loftmere {
+
+// What happens to an item when it is cleaned. `remove` has the raw value "delete", which is a keyword of C++.
+enum class Disposal { quarantine, trash, remove };
+
+struct DisposalTraits {
+    Disposal value;
+    const char* rawValue;
+    const char* label;
+};
+
+template <>
+inline constexpr auto tableOf<Disposal> = std::to_array<DisposalTraits>({
+    {Disposal::quarantine, "quarantine", "Quarantine (undo)"},
+    {Disposal::trash, "trash", "Move to Trash"},
+    {Disposal::remove, "delete", "Delete immediately"},
+});
+static_assert(isComplete<Disposal>());
 
 // The sections that categories belong to, in the order of the screen.
 enum class CategoryGroup { system, developer, personal, clutter, cloud, security, apps };
@@ -57,7 +73,7 @@ enum class DisposalRule {
     fixed,       // none: it is always the default, as for commands, which leave nothing to move aside
     overridable, // the user's choice for the category, but not the switch that quarantines everything: a
                  // Trash in quarantine would only be a second Trash
-    switchable, // both, and the choice for the category wins
+    switchable,  // both, and the choice for the category wins
 };
 
 // Everything that is decided per category, and the only place where it is.

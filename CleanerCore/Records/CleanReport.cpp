@@ -7,6 +7,12 @@ namespace loftmere {
 
 namespace {
 
+constexpr std::tuple triggerCases{
+    variantCase<ManualTrigger>("manual"),
+    variantCase<ScheduleTrigger>("schedule", field("ruleName", &ScheduleTrigger::ruleName)),
+    variantCase<UninstallTrigger>("uninstall", field("appName", &UninstallTrigger::appName)),
+};
+
 constexpr std::tuple failureFields{
     field("itemID", &CleanFailure::itemID),
     field("message", &CleanFailure::message),
@@ -24,29 +30,27 @@ constexpr std::tuple reportFields{
     field("deferredAdmin", &CleanReport::deferredAdmin),
 };
 
+struct Labeller {
+    std::string operator()(const ManualTrigger&) const { return "Manual"; }
+    std::string operator()(const ScheduleTrigger& trigger) const { return "Schedule: " + trigger.ruleName; }
+    std::string operator()(const UninstallTrigger& trigger) const { return "Uninstall: " + trigger.appName; }
+};
+
 } // namespace
+
+LOFTMERE_VARIANT_CODEC(TriggerSource, triggerCases)
+LOFTMERE_RECORD_CODEC(CleanFailure, failureFields)
+LOFTMERE_RECORD_CODEC(CleanReport, reportFields)
+
+std::string label(const TriggerSource& trigger) {
+    return std::visit(Labeller{}, trigger);
+}
 
 int64_t CleanReport::totalHandledBytes() const {
     int64_t total = 0;
     for (const int64_t bytes : {freedBytes, quarantinedBytes, trashedBytes, evictedBytes})
         addBytes(total, bytes);
     return total;
-}
-
-Json JsonCodec<CleanFailure>::encode(const CleanFailure& value) {
-    return encodeRecord(value, failureFields);
-}
-
-std::optional<CleanFailure> JsonCodec<CleanFailure>::decode(const Json& json) {
-    return decodeRecord(json, CleanFailure{}, failureFields);
-}
-
-Json JsonCodec<CleanReport>::encode(const CleanReport& value) {
-    return encodeRecord(value, reportFields);
-}
-
-std::optional<CleanReport> JsonCodec<CleanReport>::decode(const Json& json) {
-    return decodeRecord(json, CleanReport{}, reportFields);
 }
 
 } // namespace loftmere

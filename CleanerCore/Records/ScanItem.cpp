@@ -1,5 +1,6 @@
 #include "CleanerCore/Records/ScanItem.h"
 
+#include "CleanerCore/Support/ByteSum.h"
 #include "CleanerCore/Support/PathText.h"
 #include "CleanerCore/Support/RecordCodec.h"
 
@@ -7,7 +8,19 @@ namespace loftmere {
 
 namespace {
 
-constexpr std::tuple fields{
+constexpr std::tuple commandFields{
+    field("executable", &CommandSpec::executable),
+    field("arguments", &CommandSpec::arguments),
+};
+
+constexpr std::tuple targetCases{
+    variantCase<PathTarget>("path", field("_0", &PathTarget::path)),
+    variantCase<CommandTarget>("command", field("_0", &CommandTarget::command)),
+    variantCase<AdminPathTarget>("adminPath", field("_0", &AdminPathTarget::path)),
+    variantCase<EvictTarget>("evict", field("_0", &EvictTarget::path)),
+};
+
+constexpr std::tuple itemFields{
     field("id", &ScanItem::id),
     field("title", &ScanItem::title),
     field("target", &ScanItem::target),
@@ -37,6 +50,16 @@ std::string defaultTitle(const ItemTarget& target) {
 
 } // namespace
 
+LOFTMERE_RECORD_CODEC(CommandSpec, commandFields)
+LOFTMERE_VARIANT_CODEC(ItemTarget, targetCases)
+LOFTMERE_RECORD_CODEC(ScanItem, itemFields)
+
+std::string CommandSpec::display() const {
+    std::string text = executable;
+    for (const std::string& argument : arguments) text += " " + argument;
+    return text;
+}
+
 ScanItem ScanItem::make(ItemDescription description) {
     ScanItem item;
     item.id = std::visit(Identifier{}, description.target);
@@ -58,12 +81,10 @@ const std::string* ScanItem::anyPath() const {
     return std::visit(PathOf{}, target);
 }
 
-Json JsonCodec<ScanItem>::encode(const ScanItem& value) {
-    return encodeRecord(value, fields);
-}
-
-std::optional<ScanItem> JsonCodec<ScanItem>::decode(const Json& json) {
-    return decodeRecord(json, ScanItem{}, fields);
+int64_t CategoryResult::totalSize() const {
+    int64_t total = 0;
+    for (const ScanItem& item : items) addBytes(total, item.size);
+    return total;
 }
 
 } // namespace loftmere

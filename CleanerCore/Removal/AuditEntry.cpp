@@ -16,12 +16,6 @@ constexpr std::tuple fields{
 
 } // namespace
 
-Json JsonCodec<AuditEntry>::encode(const AuditEntry& value) {
-    return encodeRecord(value, fields);
-}
-
-std::optional<AuditEntry> JsonCodec<AuditEntry>::decode(const Json& json) {
-    return decodeRecord(json, AuditEntry{}, fields);
-}
+LOFTMERE_RECORD_CODEC(AuditEntry, fields)
 
 } // namespace loftmere

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "CleanerCore/Records/CleanCategory.h"
-#include "CleanerCore/Records/TriggerSource.h"
+#include "CleanerCore/Records/CleanReport.h"
 #include "CleanerCore/Support/Date.h"
 #include "CleanerCore/Support/Json.h"
 

@@ -2,7 +2,7 @@
 
 #include "CleanerCore/Files/Paths.h"
 #include "CleanerCore/Records/AppConfig.h"
-#include "CleanerCore/Records/CategoryResult.h"
+#include "CleanerCore/Records/ScanItem.h"
 #include "CleanerCore/Scanning/ScannerRegistry.h"
 
 #include <functional>

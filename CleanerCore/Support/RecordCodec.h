@@ -7,11 +7,18 @@
 
 #include <tuple>
 #include <type_traits>
+#include <utility>
+#include <variant>
 
+// Codecs for lists, maps, enumerations, records and variants. A record declares its codec in its header with
+// LOFTMERE_JSON_CODEC. Its source describes it once, in a table of fields that both writes and reads it:
+//
+//     constexpr std::tuple fields{
+//         field("itemID", &CleanFailure::itemID),
+//         field("message", &CleanFailure::message),
+//     };
+//     LOFTMERE_RECORD_CODEC(CleanFailure, fields)
 namespace loftmere {
-
-// The building blocks from which the sources of records define their JsonCodec. A record is told once, as a
-// tuple of fields; that one table both writes and reads it.
 
 template <class T> struct JsonCodec<std::vector<T>> {
     static Json encode(const std::vector<T>& values) {
@@ -50,7 +57,7 @@ template <class T> struct JsonCodec<std::map<std::string, T>> {
     }
 };
 
-// An enumeration is its raw value, text or a whole number.
+// An enumeration is its raw value: text or a whole number.
 template <Tabulated E> struct JsonCodec<E> {
     using RawValue = decltype(rawValue(E{}));
     static constexpr bool isNumber = std::is_integral_v<RawValue>;
@@ -75,6 +82,19 @@ template <class Record, class T>
 constexpr RecordField<Record, T> field(const char* key, T Record::* member,
                                        Presence presence = Presence::required) {
     return {key, member, presence};
+}
+
+// A case of an enumeration with payload, which is a std::variant with one struct per case. In JSON it is an
+// object with exactly one key, the case's name. The value is an object that holds the payload, under "_0"
+// if it has no label and else under its label.
+template <class Case, class... Fields> struct VariantCase {
+    const char* name;
+    std::tuple<Fields...> payload;
+};
+
+template <class Case, class... Fields>
+constexpr VariantCase<Case, Fields...> variantCase(const char* name, Fields... payload) {
+    return {name, {payload...}};
 }
 
 namespace detail {
@@ -110,7 +130,7 @@ bool decodeField(const Json& object, Record& record, const RecordField<Record, T
 
 } // namespace detail
 
-// An object of all fields; an absent std::optional is left out.
+// An object of all fields, without those that are an absent std::optional.
 template <class Record, class... Fields>
 Json encodeRecord(const Record& record, const std::tuple<Fields...>& fields) {
     Json object = Json::object();
@@ -118,7 +138,7 @@ Json encodeRecord(const Record& record, const std::tuple<Fields...>& fields) {
     return object;
 }
 
-// The record with the object's values over its defaults; absent when a required key is missing or any value
+// The record with the object's values over its defaults. Absent when a required key is missing or any value
 // has the wrong type. Unknown keys are ignored.
 template <class Record, class... Fields>
 std::optional<Record> decodeRecord(const Json& json, Record record, const std::tuple<Fields...>& fields) {
@@ -129,4 +149,57 @@ std::optional<Record> decodeRecord(const Json& json, Record record, const std::t
     return record;
 }
 
+namespace detail {
+
+template <class Variant, class Case, class... Fields>
+void encodeCase(Json& object, const Variant& variant, const VariantCase<Case, Fields...>& variantCase) {
+    const Case* held = std::get_if<Case>(&variant);
+    if (held != nullptr) object[variantCase.name] = encodeRecord(*held, variantCase.payload);
+}
+
+template <class Variant, class Case, class... Fields>
+void decodeCase(const Json& object, std::optional<Variant>& variant,
+                const VariantCase<Case, Fields...>& variantCase) {
+    const auto found = object.find(variantCase.name);
+    if (found == object.end()) return;
+    auto held = decodeRecord(*found, Case{}, variantCase.payload);
+    if (held) variant = std::move(*held);
+}
+
+} // namespace detail
+
+template <class... Held, class... Cases>
+Json encodeVariant(const std::variant<Held...>& variant, const std::tuple<Cases...>& cases) {
+    static_assert(sizeof...(Held) == sizeof...(Cases), "a case for each alternative");
+    Json object = Json::object();
+    std::apply([&](const auto&... each) { (detail::encodeCase(object, variant, each), ...); }, cases);
+    return object;
+}
+
+// Absent unless the object has exactly one key, which names a case, with a payload of the right shape.
+template <class Variant, class... Cases>
+std::optional<Variant> decodeVariant(const Json& json, const std::tuple<Cases...>& cases) {
+    std::optional<Variant> variant;
+    if (!json.is_object() || json.size() != 1) return variant;
+    std::apply([&](const auto&... each) { (detail::decodeCase(json, variant, each), ...); }, cases);
+    return variant;
+}
+
 } // namespace loftmere
+
+// Define, in namespace loftmere, the codec that a header declares.
+#define LOFTMERE_RECORD_CODEC(Type, fields)                                                                  \
+    Json JsonCodec<Type>::encode(const Type& value) {                                                        \
+        return encodeRecord(value, fields);                                                                  \
+    }                                                                                                        \
+    std::optional<Type> JsonCodec<Type>::decode(const Json& json) {                                          \
+        return decodeRecord(json, Type{}, fields);                                                           \
+    }
+
+#define LOFTMERE_VARIANT_CODEC(Type, cases)                                                                  \
+    Json JsonCodec<Type>::encode(const Type& value) {                                                        \
+        return encodeVariant(value, cases);                                                                  \
+    }                                                                                                        \
+    std::optional<Type> JsonCodec<Type>::decode(const Json& json) {                                          \
+        return decodeVariant<Type>(json, cases);                                                             \
+    }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "CleanerCore/Records/TriggerSource.h"
+#include "CleanerCore/Records/CleanReport.h"
 #include "CleanerCore/Removal/Administrator/AdminQueue.h"
 #include "CleanerCore/Support/Result.h"
 #include "LoftmereApp/Model/CleanPreview.h"

@@ -1,6 +1,6 @@
 #include "CleanerCore/Records/AppConfig.h"
+#include "CleanerCore/Records/CleanReport.h"
 #include "CleanerCore/Records/ScanItem.h"
-#include "CleanerCore/Records/TriggerSource.h"
 #include "CleanerCore/Support/RecordCodec.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "CleanerCore/Records/Disposal.h"
+#include "CleanerCore/Records/CleanCategory.h"
 
 #include <optional>
 #include <string>

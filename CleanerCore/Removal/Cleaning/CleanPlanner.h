@@ -3,8 +3,8 @@
 #include "CleanerCore/Files/Paths.h"
 #include "CleanerCore/Platform/Place.h"
 #include "CleanerCore/Records/AppConfig.h"
+#include "CleanerCore/Records/CleanReport.h"
 #include "CleanerCore/Records/ScanItem.h"
-#include "CleanerCore/Records/TriggerSource.h"
 #include "CleanerCore/Removal/Cleaning/CleanPlan.h"
 #include "CleanerCore/Safety/SafetyPolicy.h"
 

@@ -4,7 +4,6 @@
 #include "CleanerCore/Records/AppConfig.h"
 #include "CleanerCore/Records/CleanReport.h"
 #include "CleanerCore/Records/ScanItem.h"
-#include "CleanerCore/Records/TriggerSource.h"
 #include "CleanerCore/Removal/Administrator/AdminQueue.h"
 #include "CleanerCore/Removal/AuditLog.h"
 #include "CleanerCore/Removal/Cleaning/CleanPlanner.h"

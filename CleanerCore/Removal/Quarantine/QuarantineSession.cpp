@@ -34,13 +34,7 @@ Failure saying(fmt::format_string<std::string> words, const std::string& text) {
 
 } // namespace
 
-Json JsonCodec<QuarantineEntry>::encode(const QuarantineEntry& value) {
-    return encodeRecord(value, entryFields);
-}
-
-std::optional<QuarantineEntry> JsonCodec<QuarantineEntry>::decode(const Json& json) {
-    return decodeRecord(json, QuarantineEntry{}, entryFields);
-}
+LOFTMERE_RECORD_CODEC(QuarantineEntry, entryFields)
 
 int64_t QuarantineSession::totalSize() const {
     int64_t total = 0;
@@ -52,13 +46,7 @@ int QuarantineSession::activeCount() const {
     return static_cast<int>(std::ranges::count(entries, false, &QuarantineEntry::restored));
 }
 
-Json JsonCodec<QuarantineSession>::encode(const QuarantineSession& value) {
-    return encodeRecord(value, sessionFields);
-}
-
-std::optional<QuarantineSession> JsonCodec<QuarantineSession>::decode(const Json& json) {
-    return decodeRecord(json, QuarantineSession{}, sessionFields);
-}
+LOFTMERE_RECORD_CODEC(QuarantineSession, sessionFields)
 
 namespace QuarantineError {
 

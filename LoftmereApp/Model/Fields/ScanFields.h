@@ -1,6 +1,6 @@
 #pragma once
 
-#include "CleanerCore/Records/CategoryResult.h"
+#include "CleanerCore/Records/ScanItem.h"
 #include "LoftmereApp/Model/Published.h"
 
 #include <map>
