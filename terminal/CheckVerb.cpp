@@ -1,82 +1,78 @@
-#include "CleanerCore/Safety/SafetyPolicy.h"
+#include "CleanerCore/Platform/Terminal.h"
 #include "CleanerCore/Support/PathText.h"
-#include "CleanerCore/Support/Text.h"
 #include "terminal/Verbs.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
-#include <filesystem>
-
 namespace loftmere {
 
 namespace {
 
-struct Judgement {
-    const char* verdict; // the case's name
-    std::string detail;  // the reason or the provider, where there is one
-    std::string words;
+struct Words {
+    PathVerdict::Kind kind;
+    const char* name;  // in JSON
+    const char* words; // for people; "{}" is the detail
     Ink ink;
 };
 
-Judgement judge(const SafetyPolicy::Verdict& verdict) {
-    struct Judge {
-        Judgement operator()(const SafetyPolicy::Allowed&) const {
-            return {"allowed", "", "may be removed", Ink::green};
-        }
-        Judgement operator()(const SafetyPolicy::SyncedCloud& synced) const {
-            return {"syncedCloud", synced.provider,
-                    fmt::format("kept in sync by {}: removed here, it goes from all your devices",
-                                synced.provider),
-                    Ink::yellow};
-        }
-        Judgement operator()(const SafetyPolicy::NeedsAdmin&) const {
-            return {"needsAdmin", "", "may be removed with administrator rights", Ink::yellow};
-        }
-        Judgement operator()(const SafetyPolicy::Blocked& blocked) const {
-            return {"blocked", blocked.reason, fmt::format("never removed: {}", blocked.reason), Ink::red};
-        }
-    };
-    return std::visit(Judge{}, verdict);
+constexpr Words table[]{
+    {PathVerdict::Kind::allowed, "allowed", "may be removed", Ink::green},
+    {PathVerdict::Kind::syncedCloud, "syncedCloud",
+     "kept in sync by {}: removed here, it goes from all your devices", Ink::yellow},
+    {PathVerdict::Kind::needsAdmin, "needsAdmin", "may be removed with administrator rights", Ink::yellow},
+    {PathVerdict::Kind::blocked, "blocked", "never removed: {}", Ink::red},
+};
+
+const Words& wordsOf(PathVerdict::Kind kind) {
+    return table[static_cast<size_t>(kind)];
 }
 
-// A shell's user means a relative path from where they stand.
+// A relative path starts where the user is.
 std::string absolute(const std::string& path) {
     if (path.empty() || path.starts_with('/') || path.starts_with('~')) return path;
-    std::error_code error;
-    const auto here = std::filesystem::current_path(error);
-    return error ? path : joinPath(here.string(), path);
+    const auto here = currentFolder();
+    return here ? joinPath(*here, path) : path;
 }
 
-ExitStatus check(Session& session, const std::vector<std::string>& paths) {
-    const bool knowsSettings = session.knowsSettings();
-    const SafetyPolicy policy(session.model().paths, session.model().config->protectedPaths);
-    Json verdicts = Json::array();
-    for (const std::string& path : paths) {
-        const Judgement judgement = judge(policy.check(absolute(path)));
-        if (session.json()) {
-            Json one{{"path", path}, {"verdict", judgement.verdict}};
-            if (!judgement.detail.empty()) one["detail"] = judgement.detail;
-            verdicts.push_back(std::move(one));
-        } else {
-            Console& console = session.console();
-            console.printLine(fmt::format("{}: {}", printable(path),
-                                          console.paint(judgement.ink, printable(judgement.words))));
-        }
+Json jsonOf(const std::string& path, const PathVerdict& verdict) {
+    Json json{{"path", path}, {"verdict", wordsOf(verdict.kind).name}};
+    if (!verdict.detail.empty()) json["detail"] = verdict.detail;
+    return json;
+}
+
+void printVerdict(Console& console, const std::string& path, const PathVerdict& verdict) {
+    const Words& row = wordsOf(verdict.kind);
+    const std::string words = fmt::format(fmt::runtime(row.words), printable(verdict.detail));
+    console.printLine(fmt::format("{}: {}", printable(path), console.paint(row.ink, words)));
+}
+
+ExitStatus check(Program& program, const std::vector<std::string>& paths) {
+    const bool knowsSettings = program.knowsSettings();
+    std::vector<std::string> candidates;
+    for (const std::string& path : paths) candidates.push_back(absolute(path));
+    const auto verdicts =
+        program.finish(program.model().check(candidates), [] { return "Looking at each path"; });
+    Json document = Json::array();
+    for (size_t i = 0; i < paths.size(); ++i) {
+        if (program.json())
+            document.push_back(jsonOf(paths[i], verdicts[i]));
+        else
+            printVerdict(program.console(), paths[i], verdicts[i]);
     }
-    if (session.json()) session.print(verdicts);
+    if (program.json()) program.print(document);
     return knowsSettings ? ExitStatus::done : ExitStatus::failed;
 }
 
 } // namespace
 
-void declareCheck(CLI::App& program, Request& request) {
+void declareCheck(CLI::App& parser, Request& request) {
     const auto paths = std::make_shared<std::vector<std::string>>();
-    CLI::App& verb = addVerb(program, request, "check", "Tell whether a path may be removed, and why not");
+    CLI::App& verb = addVerb(parser, request, "check", "Tell whether a path may be removed, and why not");
     verb.add_option("PATH", *paths, "The paths to judge; they need not exist")->required();
     verb.callback(
-        [&request, paths] { request.run = [paths](Session& session) { return check(session, *paths); }; });
+        [&request, paths] { request.run = [paths](Program& program) { return check(program, *paths); }; });
 }
 
 } // namespace loftmere

@@ -1,13 +1,8 @@
-#include "CleanerCore/Automation/ScheduledRunner.h"
-#include "CleanerCore/Removal/Administrator/PrivilegedSession.h"
+#include "CleanerCore/Platform/Terminal.h"
 #include "CleanerCore/Support/ByteFormat.h"
-#include "CleanerCore/Support/Text.h"
-#include "terminal/CategoryNames.h"
-#include "terminal/CleanReportText.h"
-#include "terminal/PreviewReport.h"
-#include "terminal/Rows.h"
+#include "terminal/CleanText.h"
+#include "terminal/Layout.h"
 #include "terminal/ScanRun.h"
-#include "terminal/StatusLine.h"
 #include "terminal/Verbs.h"
 
 #include <CLI/CLI.hpp>
@@ -20,7 +15,7 @@ namespace {
 
 constexpr const char* stopping = "loftmere: stopping after the item in hand; Ctrl-C again ends at once\n";
 
-struct CleanOptions {
+struct Options {
     std::vector<std::string> names;
     std::vector<std::string> selected;
     bool all = false;
@@ -31,12 +26,12 @@ struct CleanOptions {
 };
 
 // One run of the verb.
-class CleanRunner {
+class Clean {
 public:
-    CleanRunner(Session& session, const CleanOptions& options) : session_(session), options_(options) {}
+    Clean(Program& program, const Options& options) : program_(program), options_(options) {}
 
     ExitStatus run(const std::vector<CleanCategory>& categories) {
-        status_ = runScan(session_, categories);
+        status_ = runScan(program_, categories);
         tellScanErrors(categories);
         tick(categories);
         const CleanPreview preview = look();
@@ -47,20 +42,20 @@ public:
         } else if (!mustAsk() || agrees(preview)) {
             clean(categories);
         } else {
-            session_.console().say("nothing was changed");
-            if (session_.json()) answer(CleanReport{}, false);
+            program_.console().say("nothing was changed");
+            if (program_.json()) answer(CleanReport{}, false);
         }
         return status_;
     }
 
 private:
-    AppModel& model() { return session_.model(); }
+    AppModel& model() { return program_.model(); }
 
     void tellScanErrors(const std::vector<CleanCategory>& categories) {
         for (const CleanCategory category : categories) {
             const auto result = model().results->find(category);
             if (result == model().results->end() || !result->second.error) continue;
-            session_.console().say(fmt::format("{} could not be scanned: {}", traits(category).displayName,
+            program_.console().say(fmt::format("{} could not be scanned: {}", traits(category).displayName,
                                                printable(*result->second.error)));
         }
     }
@@ -81,38 +76,38 @@ private:
     }
 
     CleanPreview look() {
-        const auto preview = model().preview(items_, ManualTrigger{});
-        session_.wait([&] { return preview.isDone(); }, [] { return "Looking at each item"; });
-        return preview.value();
+        return program_.finish(model().preview(items_, ManualTrigger{}),
+                               [] { return "Looking at each item"; });
     }
 
     // Nobody is asked to agree to what was not shown, also where standard output is for data alone.
     void show(const CleanPreview& preview) {
-        if (!session_.json()) return printPreview(session_, items_, preview, options_.full);
+        if (!program_.json()) return printPreview(program_, items_, preview, options_.full);
         if (!mustAsk()) return;
-        session_.console().printTo(Output::person);
-        printPreview(session_, items_, preview, options_.full);
-        session_.console().printTo(Output::data);
+        program_.console().printTo(Output::person);
+        printPreview(program_, items_, preview, options_.full);
+        program_.console().printTo(Output::data);
     }
 
     bool mustAsk() const { return !options_.dryRun && !options_.yes && !items_.empty(); }
 
     bool agrees(const CleanPreview& preview) {
         const Extent extent = extentOf(items_, preview);
-        const std::string answer = asciiLowercased(session_.console().ask(fmt::format(
+        const std::string answer = asciiLowercased(program_.console().ask(fmt::format(
             "Clean {} ({})? [y/N] ", counted(extent.count, "item"), ByteFormat::string(extent.bytes))));
         return answer == "y" || answer == "yes";
     }
 
     void clean(const std::vector<CleanCategory>& categories) {
-        noteInterrupt(stopping);
-        const auto run = model().cleanSelected(categories, wasInterrupted);
-        session_.wait([&] { return run.isDone(); }, [&] { return progress(); });
-        noteInterrupt(nullptr); // an answer would come too late from here on
-        if (!run.value().failures.empty()) status_ = ExitStatus::failed;
-        answer(run.value(), false);
-        if (wasInterrupted()) {
-            session_.console().say("interrupted; what is not told above was left as it is");
+        noteStopSignals(stopping, nullptr);
+        const auto isStopped = [] { return notedStop().has_value(); };
+        const CleanReport report =
+            program_.finish(model().cleanSelected(categories, isStopped), [&] { return progress(); });
+        noteStopSignals(nullptr, nullptr); // an answer would come too late from here on
+        if (!report.failures.empty()) status_ = ExitStatus::failed;
+        answer(report, false);
+        if (isStopped()) {
+            program_.console().say("interrupted; what is not told above was left as it is");
             status_ = ExitStatus::interrupted;
         } else {
             finishAsAdmin();
@@ -121,69 +116,67 @@ private:
 
     std::string progress() {
         const double share = *model().cleanProgress;
-        return fmt::format("{} {:3.0f} %  {}", bar(session_.console(), share), share * 100,
-                           joined(model().busyLabels(), ", "));
+        return fmt::format("{} {:3.0f} %  {}", bar(program_.console(), share), share * 100, program_.busy());
     }
 
     void finishAsAdmin() {
         const int pending = *model().pendingAdmin;
         if (pending == 0) return;
         if (!options_.admin) {
-            session_.console().say(
+            program_.console().say(
                 fmt::format("{} ({}) left: administrator rights are needed; --admin asks for them",
                             counted(static_cast<size_t>(pending), "item"),
                             ByteFormat::string(*model().pendingAdminBytes)));
             return;
         }
-        const auto flush = model().flushAdminQueue();
-        session_.wait([&] { return flush.isDone(); }, [&] { return joined(model().busyLabels(), ", "); });
-        if (const auto& words = *model().toast) session_.console().say(printable(*words));
-        if (!flush.value().failed.empty()) status_ = ExitStatus::failed;
+        const auto outcome = program_.finish(model().flushAdminQueue(), [&] { return program_.busy(); });
+        if (const auto& words = *model().toast) program_.console().say(printable(*words));
+        if (!outcome.failed.empty()) status_ = ExitStatus::failed;
     }
 
     void answer(const CleanReport& report, bool dryRun) {
-        if (session_.json())
-            session_.print(JsonCodec<CleanReport>::encode(report));
+        if (program_.json())
+            program_.print(JsonCodec<CleanReport>::encode(report));
         else
-            printCleanReport(session_, items_, report, dryRun);
+            printCleanReport(program_, items_, report, dryRun);
     }
 
     void fail(const std::string& message) {
-        session_.console().say(message);
+        program_.console().say(message);
         status_ = ExitStatus::failed;
     }
 
-    Session& session_;
-    const CleanOptions& options_;
+    Program& program_;
+    const Options& options_;
     std::vector<ScanItem> items_;
     ExitStatus status_ = ExitStatus::done;
 };
 
-ExitStatus clean(Session& session, const CleanOptions& options) {
+ExitStatus clean(Program& program, const Options& options) {
     const auto categories = categoriesNamed(options.names);
     if (!categories) {
-        session.console().say(categories.error().message);
+        program.console().say(categories.error().message);
         return ExitStatus::usage;
     }
-    if (!options.dryRun && !options.yes && !session.console().canAsk()) {
-        session.console().say("nobody is there to ask; give --yes, or --dry-run to see what would happen");
+    if (!options.dryRun && !options.yes && !program.console().canAsk()) {
+        program.console().say("nobody is there to ask; give --yes, or --dry-run to see what would happen");
         return ExitStatus::usage;
     }
-    if (!session.knowsSettings() && !options.dryRun) {
-        session.console().say("nothing was changed");
+    if (!program.knowsSettings() && !options.dryRun) {
+        program.console().say("nothing was changed");
         return ExitStatus::failed;
     }
-    const ExitStatus status = CleanRunner(session, options).run(*categories);
+    const ExitStatus status = Clean(program, options).run(*categories);
     // A root helper must not outlive the program that started it.
-    PrivilegedSession::shared().end();
+    AppModel::endPrivilegedSession();
     return status;
 }
 
 } // namespace
 
-void declareClean(CLI::App& program, Request& request) {
-    const auto options = std::make_shared<CleanOptions>();
-    CLI::App& verb = addVerb(program, request, "clean", "Remove what is safe to remove, after asking");
+void declareClean(CLI::App& parser, Request& request) {
+    const auto options = std::make_shared<Options>();
+    CLI::App& verb = addVerb(parser, request, "clean", "Remove what is safe to remove, after asking");
     verb.add_option("NAME", options->names, "Categories and sections to clean; none means all");
     auto* all =
         verb.add_flag("--all", options->all, "Act on everything that is found, not only on what is ticked");
@@ -198,7 +191,7 @@ void declareClean(CLI::App& program, Request& request) {
     verb.add_flag("--full", options->full, "Show every item, not only the first of each group");
     verb.footer(namesHelp());
     verb.callback([&request, options] {
-        request.run = [options](Session& session) { return clean(session, *options); };
+        request.run = [options](Program& program) { return clean(program, *options); };
     });
 }
 

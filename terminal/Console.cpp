@@ -1,11 +1,12 @@
 #include "terminal/Console.h"
 
+#include "CleanerCore/Platform/Terminal.h"
 #include "CleanerCore/Support/Text.h"
+#include "terminal/Layout.h"
 
-#include <sys/ioctl.h>
-#include <unistd.h>
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
 
-#include <cerrno>
 #include <cstdlib>
 
 namespace loftmere {
@@ -15,6 +16,8 @@ namespace {
 constexpr Glyphs unicodeGlyphs{"✓", "…", "·", "█", "░", {"⠋", "⠹", "⠼", "⠧"}};
 constexpr Glyphs asciiGlyphs{"x", "...", "-", "#", ".", {"|", "/", "-", "\\"}};
 constexpr size_t bufferSize = 64 * 1024;
+constexpr int usualWidth = 80;
+constexpr int indent = 2;
 
 std::string_view environment(const char* name) {
     const char* value = std::getenv(name); // NOLINT(concurrency-mt-unsafe): nothing sets the environment
@@ -29,19 +32,18 @@ bool localeIsUTF8() {
     return false;
 }
 
-int descriptorOf(Output output) {
-    return output == Output::data ? STDOUT_FILENO : STDERR_FILENO;
+StandardStream streamOf(Output output) {
+    return output == Output::data ? StandardStream::output : StandardStream::error;
 }
 
 bool isCapable() {
     return environment("TERM") != "dumb" && !environment("TERM").empty();
 }
 
-int terminalWidth(int descriptor) {
-    winsize size{};
-    if (::ioctl(descriptor, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) return size.ws_col;
+int widthOf(StandardStream stream) {
+    if (const auto columns = terminalColumns(stream)) return *columns;
     const long columns = std::strtol(std::string(environment("COLUMNS")).c_str(), nullptr, 10);
-    return columns > 0 && columns < 10000 ? static_cast<int>(columns) : 80;
+    return columns > 0 && columns < 10000 ? static_cast<int>(columns) : usualWidth;
 }
 
 const char* escapeOf(Ink ink) {
@@ -70,19 +72,10 @@ std::string inASCII(std::string_view text) {
 
 } // namespace
 
-int writeAll(int descriptor, std::string_view text) {
-    while (!text.empty()) {
-        const ssize_t written = ::write(descriptor, text.data(), text.size());
-        if (written < 0 && errno != EINTR) return errno;
-        if (written > 0) text.remove_prefix(static_cast<size_t>(written));
-    }
-    return 0;
-}
-
 Console::Console() {
-    const bool errorIsTerminal = ::isatty(STDERR_FILENO) == 1;
+    const bool errorIsTerminal = isTerminal(StandardStream::error);
     live_ = errorIsTerminal && isCapable();
-    canAsk_ = errorIsTerminal && ::isatty(STDIN_FILENO) == 1;
+    canAsk_ = errorIsTerminal && isTerminal(StandardStream::input);
     const bool isUTF8 = localeIsUTF8();
     glyphs_ = isUTF8 ? &unicodeGlyphs : &asciiGlyphs;
     asciiError_ = errorIsTerminal && !isUTF8;
@@ -92,11 +85,10 @@ Console::Console() {
 void Console::printTo(Output output) {
     flush();
     output_ = output;
-    const int descriptor = descriptorOf(output);
-    const bool isTerminal = ::isatty(descriptor) == 1;
-    width_ = isTerminal ? terminalWidth(descriptor) : 0;
-    colour_ = isTerminal && isCapable() && environment("NO_COLOR").empty();
-    asciiOut_ = isTerminal && glyphs_ == &asciiGlyphs;
+    const bool forTerminal = isTerminal(streamOf(output));
+    width_ = forTerminal ? widthOf(streamOf(output)) : 0;
+    colour_ = forTerminal && isCapable() && environment("NO_COLOR").empty();
+    asciiOut_ = forTerminal && glyphs_ == &asciiGlyphs;
 }
 
 std::string Console::paint(Ink ink, std::string_view text) const {
@@ -122,12 +114,12 @@ void Console::printLine(std::string_view text) {
 }
 
 bool Console::flush() {
-    if (output_ == Output::person) {
-        writeAll(STDERR_FILENO, pending_);
-    } else if (!readerGone_ && !failed_) {
-        const int error = writeAll(STDOUT_FILENO, pending_);
-        readerGone_ = error == EPIPE;
-        failed_ = error != 0 && error != EPIPE;
+    if (output_ == Output::person || (!readerGone_ && !failed_)) {
+        const Written written = writeText(streamOf(output_), pending_);
+        if (output_ == Output::data) {
+            readerGone_ = written == Written::readerGone;
+            failed_ = written == Written::failed;
+        }
     }
     pending_.clear();
     return !failed_;
@@ -135,20 +127,63 @@ bool Console::flush() {
 
 void Console::say(std::string_view message) {
     flush();
-    writeAll(STDERR_FILENO, "loftmere: " + forError(message) + "\n");
+    writeText(StandardStream::error, "loftmere: " + forError(message) + "\n");
 }
 
 std::string Console::ask(std::string_view question) {
     flush();
-    writeAll(STDERR_FILENO, forError(question));
-    std::string answer;
-    char c = 0;
-    while (true) {
-        const ssize_t got = ::read(STDIN_FILENO, &c, 1);
-        if (got < 0 && errno == EINTR) continue;
-        if (got <= 0 || c == '\n') return answer;
-        answer += c;
+    writeText(StandardStream::error, forError(question));
+    return readLine();
+}
+
+StatusLine::~StatusLine() {
+    eraseLiveLine();
+}
+
+void StatusLine::draw(const std::string& text) const {
+    if (!console_.isLive()) return;
+    // The last column stays free: some terminals wrap as soon as it is written.
+    const int width = terminalColumns(StandardStream::error).value_or(usualWidth) - 1;
+    drawLiveLine(console_.forError(cutEnd(text, width, console_.glyphs().ellipsis)));
+}
+
+void JsonOutput::value(const Json& value, std::string_view key) {
+    startValue(key);
+    const std::string deeper = newLine(); // line ends stand between values only: in texts they are escaped
+    std::string text;
+    for (const char c : printableJson(value.dump(indent, ' ', false, Json::error_handler_t::replace))) {
+        if (c == '\n')
+            text += deeper;
+        else
+            text += c;
     }
+    console_.print(text);
+    if (open_.empty()) console_.printLine();
+}
+
+void JsonOutput::end() {
+    const char bracket = open_.back() == '{' ? '}' : ']';
+    open_.pop_back();
+    console_.print((isEmpty_ ? "" : newLine()) + bracket);
+    isEmpty_ = false;
+    if (open_.empty()) console_.printLine();
+}
+
+void JsonOutput::begin(std::string_view key, char bracket) {
+    startValue(key);
+    open_ += bracket;
+    console_.print({&bracket, 1});
+    isEmpty_ = true;
+}
+
+void JsonOutput::startValue(std::string_view key) {
+    if (!open_.empty()) console_.print((isEmpty_ ? "" : ",") + newLine());
+    if (!key.empty()) console_.print(fmt::format("\"{}\": ", key));
+    isEmpty_ = false;
+}
+
+std::string JsonOutput::newLine() const {
+    return "\n" + std::string(open_.size() * indent, ' ');
 }
 
 } // namespace loftmere

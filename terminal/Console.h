@@ -1,5 +1,7 @@
 #pragma once
 
+#include "CleanerCore/Support/Json.h"
+
 #include <string>
 #include <string_view>
 
@@ -21,7 +23,7 @@ struct Glyphs {
     const char* spinner[4];
 };
 
-// Where the program writes to: data goes to standard output, all else to standard error.
+// Where the program writes: data to standard output, everything else to standard error.
 class Console {
 public:
     // Looks at the terminal, NO_COLOR, TERM, COLUMNS and the locale.
@@ -29,11 +31,11 @@ public:
     Console(const Console&) = delete;
     Console& operator=(const Console&) = delete;
 
-    // The columns of the terminal that is printed to; 0 when it is none, so that nothing is cut there.
+    // The columns of the terminal that is printed to; 0 when it is none, and then nothing is cut.
     int width() const { return width_; }
     const Glyphs& glyphs() const { return *glyphs_; }
 
-    // A person is there to look at live output, and to answer a question.
+    // Whether a person is there to look at live output, and to answer a question.
     bool isLive() const { return live_; }
     bool canAsk() const { return canAsk_; }
 
@@ -47,8 +49,8 @@ public:
     // Where `print` adds to from now on; standard output at first.
     void printTo(Output output);
 
-    // Adds to what is printed; for a terminal as `forError`. A reader that has gone away is no failure; the
-    // rest is dropped.
+    // Adds to what is printed; for a terminal as `forError`. When the reader has gone away, the rest is
+    // dropped, which is no failure.
     void print(std::string_view text);
     void printLine(std::string_view text = {});
 
@@ -58,7 +60,10 @@ public:
     // One line on standard error, after the program's name.
     void say(std::string_view message);
 
-    // Puts a question to a person and reads one line as the answer; empty at the end of input.
+    // Draws one line for a person while `work` runs, and answers what it answers.
+    template <class Work> auto working(const std::string& text, Work work) const;
+
+    // Asks a person and reads one line as the answer; empty at the end of input.
     std::string ask(std::string_view question);
 
 private:
@@ -75,7 +80,53 @@ private:
     bool failed_ = false;
 };
 
-// Writes all of it to a descriptor. 0, or the errno value of what went wrong.
-int writeAll(int descriptor, std::string_view text);
+// One line on the terminal behind standard error that is drawn again and again while the program works, and
+// erased in the end. Draws nothing where nobody is looking.
+class StatusLine {
+public:
+    explicit StatusLine(const Console& console) : console_(console) {}
+    ~StatusLine();
+    StatusLine(const StatusLine&) = delete;
+    StatusLine& operator=(const StatusLine&) = delete;
+
+    // Replaces what the line shows; cut where the terminal ends.
+    void draw(const std::string& text) const;
+
+private:
+    const Console& console_;
+};
+
+template <class Work> auto Console::working(const std::string& text, Work work) const {
+    const StatusLine line(*this);
+    line.draw(text);
+    return work();
+}
+
+// A JSON document that is printed while it is made, so that only one of its values is held at a time. It
+// reads like a document that was printed whole: indented by two, and with nothing in it that could control a
+// terminal. Text that is not valid UTF-8 is repaired. `key` is empty for elements of an array and for the
+// outermost value; otherwise it is printed as it is.
+class JsonOutput {
+public:
+    explicit JsonOutput(Console& console) : console_(console) {}
+
+    void beginObject(std::string_view key = {}) { begin(key, '{'); }
+    void beginArray(std::string_view key = {}) { begin(key, '['); }
+
+    // A whole value, of any size.
+    void value(const Json& value, std::string_view key = {});
+
+    // Ends the innermost object or array that is still open; ends the line after the outermost one.
+    void end();
+
+private:
+    void begin(std::string_view key, char bracket);
+    void startValue(std::string_view key);
+    std::string newLine() const;
+
+    Console& console_;
+    std::string open_;    // the brackets that are still open
+    bool isEmpty_ = true; // the innermost one holds nothing yet
+};
 
 } // namespace loftmere

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "terminal/Session.h"
+#include "terminal/Program.h"
 
 #include <functional>
 
@@ -13,19 +13,22 @@ namespace loftmere {
 // What the command line asks for.
 struct Request {
     bool json = false;
-    std::function<ExitStatus(Session&)> run; // set by the verb that was named
+    std::function<ExitStatus(Program&)> run; // set by the verb that was named
 };
 
-// Each tells the parser of one verb: its operands, its options and its help.
-void declareScan(CLI::App& program, Request& request);
-void declareClean(CLI::App& program, Request& request);
-void declareUndo(CLI::App& program, Request& request);
-void declareSessions(CLI::App& program, Request& request);
-void declarePurge(CLI::App& program, Request& request);
-void declareHistory(CLI::App& program, Request& request);
-void declareCheck(CLI::App& program, Request& request);
+// Does what the command line asks for and answers the exit status.
+int runCommandLine(int argc, char** argv);
 
-// The options that all verbs share.
-CLI::App& addVerb(CLI::App& program, Request& request, const char* name, const char* description);
+// Each declares one verb to the parser: its operands, its options and its help.
+void declareScan(CLI::App& parser, Request& request);
+void declareClean(CLI::App& parser, Request& request);
+void declareUndo(CLI::App& parser, Request& request);
+void declareSessions(CLI::App& parser, Request& request);
+void declarePurge(CLI::App& parser, Request& request);
+void declareHistory(CLI::App& parser, Request& request);
+void declareCheck(CLI::App& parser, Request& request);
+
+// A verb with the options that all verbs share.
+CLI::App& addVerb(CLI::App& parser, Request& request, const char* name, const char* description);
 
 } // namespace loftmere

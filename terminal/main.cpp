@@ -1,4 +1,4 @@
-#include "terminal/CommandLine.h"
+#include "terminal/Verbs.h"
 
 int main(int argc, char** argv) {
     return loftmere::runCommandLine(argc, argv);

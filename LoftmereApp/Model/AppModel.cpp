@@ -2,6 +2,7 @@
 
 #include "CleanerCore/Files/ConfigStore.h"
 #include "CleanerCore/Files/FS.h"
+#include "CleanerCore/Platform/DescriptorLimit.h"
 #include "CleanerCore/Platform/Directory.h"
 #include "CleanerCore/Platform/User.h"
 #include "CleanerCore/Scanning/ScannerRegistry.h"
@@ -68,6 +69,7 @@ AppModel::AppModel(std::shared_ptr<MainThread> main, Paths home, Scanners scanne
       SafetyFields(*main),
       work_(new Work{.main = std::move(main),
                      .scanners = scanners ? std::move(scanners) : ScannerRegistry::scanners}) {
+    raiseDescriptorLimit();
     (void)paths.ensureSupportDirs();
     refreshBasics();
     showOnboarding = !config->hasCompletedOnboarding;

@@ -33,8 +33,9 @@ public:
     // listed: everything would look clean there.
     static Result<Paths> currentHome();
 
-    // Reads the stored state, makes the support folders and looks at the volume. Starts no scan and no timer.
-    // Called on the main thread. Scans get their scanners from `scanners`; without it, all there are.
+    // Reads the stored state, makes the support folders, looks at the volume and raises the process's limit of
+    // open files to what a scan needs. Starts no scan and no timer. Called on the main thread. Scans get
+    // their scanners from `scanners`; without it, all there are.
     AppModel(std::shared_ptr<MainThread> main, Paths home, Scanners scanners = nullptr);
     ~AppModel();
     AppModel(const AppModel&) = delete;

@@ -1,12 +1,13 @@
-#include "terminal/PreviewReport.h"
+#include "terminal/CleanText.h"
 
 #include "CleanerCore/Support/ByteFormat.h"
 #include "CleanerCore/Support/ByteSum.h"
 #include "CleanerCore/Support/Text.h"
-#include "terminal/Rows.h"
+#include "terminal/Layout.h"
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <array>
 
 namespace loftmere {
@@ -45,25 +46,25 @@ const Group& groupOf(CleanAction action) {
     return groups.back();
 }
 
-Row rowOf(Session& session, const ScanItem& item, const CleanPlan& plan) {
+Row rowOf(Program& program, const ScanItem& item, const CleanPlan& plan) {
     const std::string* path = item.anyPath();
     return {.size = item.size,
             .tag = riskTag(item.risk),
             .tagInk = inkOf(item.risk),
-            .title = path != nullptr ? session.shown(*path) : printable(item.title),
+            .title = path != nullptr ? program.shown(*path) : printable(item.title),
             .titleIsPath = path != nullptr,
             .note = printable(plan.message)};
 }
 
-void printGroup(Session& session, const Group& group, const std::vector<Row>& rows, bool full) {
-    Console& console = session.console();
+void printGroup(Program& program, const Group& group, const std::vector<Row>& rows, bool full) {
+    Console& console = program.console();
     int64_t bytes = 0;
     for (const Row& row : rows) addBytes(bytes, row.size.value_or(0));
     printHeading(console, group.heading,
                  fmt::format("{}  {:>9}", counted(rows.size(), "item"), ByteFormat::string(bytes)));
     std::string note = group.note;
     if (group.action == CleanAction::quarantine) {
-        const auto days = static_cast<size_t>(session.model().config->quarantineRetentionDays);
+        const auto days = static_cast<size_t>(program.model().config->quarantineRetentionDays);
         note = fmt::format("Quarantined items can be restored for {}.", counted(days, "day"));
     }
     if (!note.empty()) printParagraph(console, Ink::dim, note, noteIndent);
@@ -91,6 +92,28 @@ void warnOfSynced(Console& console, const CleanPreview& preview) {
     console.printLine();
 }
 
+// The summary speaks of bytes; where there were items but no bytes, it would deny that anything was asked.
+std::string summaryOf(const std::vector<ScanItem>& items, const CleanReport& report, bool dryRun) {
+    const bool hasBytes = report.totalHandledBytes() > 0 || !report.failures.empty();
+    if (hasBytes || items.empty() || dryRun) return AppModel::summary(report, dryRun);
+    return "Cleaned " + counted(static_cast<size_t>(report.itemsProcessed), "item");
+}
+
+// The id of an item tells by a prefix how it is removed, which is nothing to a person.
+std::string nameOf(const std::string& itemID, std::span<const ScanItem> items) {
+    const auto item = std::ranges::find(items, itemID, &ScanItem::id);
+    if (item == items.end()) return itemID;
+    return item->anyPath() != nullptr ? *item->anyPath() : item->title;
+}
+
+// A clean may begin a session and then find nothing that can go there.
+bool canBeUndone(Program& program, const CleanReport& report) {
+    if (!report.quarantineSessionID) return false;
+    const auto& held = *program.model().sessions;
+    const auto session = std::ranges::find(held, *report.quarantineSessionID, &QuarantineSession::id);
+    return session != held.end() && session->activeCount() > 0;
+}
+
 } // namespace
 
 Extent extentOf(const std::vector<ScanItem>& items, const CleanPreview& preview) {
@@ -103,17 +126,47 @@ Extent extentOf(const std::vector<ScanItem>& items, const CleanPreview& preview)
     return extent;
 }
 
-void printPreview(Session& session, const std::vector<ScanItem>& items, const CleanPreview& preview,
+void printPreview(Program& program, const std::vector<ScanItem>& items, const CleanPreview& preview,
                   bool full) {
     for (const Group& group : groups) {
         std::vector<Row> rows;
         for (size_t i = 0; i < items.size(); ++i) {
             if (preview.plans[i].action == group.action)
-                rows.push_back(rowOf(session, items[i], preview.plans[i]));
+                rows.push_back(rowOf(program, items[i], preview.plans[i]));
         }
-        if (!rows.empty()) printGroup(session, group, rows, full);
+        if (!rows.empty()) printGroup(program, group, rows, full);
     }
-    warnOfSynced(session.console(), preview);
+    warnOfSynced(program.console(), preview);
+}
+
+void printFailures(Program& program, std::string_view heading, std::span<const CleanFailure> failures,
+                   std::span<const ScanItem> items) {
+    if (failures.empty()) return;
+    Console& console = program.console();
+    console.printLine(console.paint(Ink::red, heading));
+    std::vector<Row> rows;
+    for (const CleanFailure& failure : failures) {
+        rows.push_back({.title = program.shown(nameOf(failure.itemID, items)),
+                        .titleIsPath = true,
+                        .note = printable(failure.message)});
+    }
+    printRows(console, rows);
+    console.printLine();
+}
+
+void printCleanReport(Program& program, const std::vector<ScanItem>& items, const CleanReport& report,
+                      bool dryRun) {
+    // The preview has told a dry run's failures with each item.
+    if (!dryRun) printFailures(program, "Failed", report.failures, items);
+    Console& console = program.console();
+    console.printLine(console.paint(Ink::bold, summaryOf(items, report, dryRun)));
+    if (dryRun) return console.printLine("Nothing was changed.");
+    if (items.empty()) return;
+    if (canBeUndone(program, report))
+        console.printLine(fmt::format("Undo with: loftmere undo {}", printable(*report.quarantineSessionID)));
+    if (const auto& space = *program.model().space)
+        console.printLine(
+            fmt::format("{} free of {}", ByteFormat::string(space->free), ByteFormat::string(space->total)));
 }
 
 } // namespace loftmere

@@ -1,0 +1,220 @@
+#include "CleanerCore/Support/ByteFormat.h"
+#include "CleanerCore/Support/ByteSum.h"
+#include "CleanerCore/Support/RecordCodec.h"
+#include "terminal/CleanText.h"
+#include "terminal/Layout.h"
+#include "terminal/Verbs.h"
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+
+// The verbs for what is in quarantine: sessions, undo and purge.
+namespace loftmere {
+
+namespace {
+
+constexpr int noteIndent = 3;
+
+Result<QuarantineSession> sessionNamed(Program& program, const std::string& id) {
+    const auto& sessions = *program.model().sessions;
+    const auto found = std::ranges::find(sessions, id, &QuarantineSession::id);
+    if (found != sessions.end()) return *found;
+    return failed(Failure::saying(
+        fmt::format("there is no session {}; \"loftmere sessions\" lists those there are", printable(id))));
+}
+
+// The newest one that still holds something.
+Result<QuarantineSession> newestHeld(Program& program) {
+    for (const QuarantineSession& session : *program.model().sessions) {
+        if (session.activeCount() > 0) return session;
+    }
+    return failed(Failure::saying("there is nothing to undo"));
+}
+
+void sayUnreadable(Program& program) {
+    const std::vector<std::string> names = program.model().unreadableSessions;
+    if (names.empty()) return;
+    program.console().say(fmt::format(
+        "cannot be read: {} in {}; \"loftmere purge\" gives up what {}", printable(joined(names, ", ")),
+        program.shown(program.model().paths.quarantineDir()), names.size() == 1 ? "it holds" : "they hold"));
+}
+
+// A name with signs that a terminal cannot show may be given as it is shown.
+bool isNamed(const std::string& actual, const std::string& given) {
+    return actual == given || printable(actual) == given;
+}
+
+void printSession(Program& program, const QuarantineSession& session, bool full) {
+    Console& console = program.console();
+    printHeading(console, fmt::format("{}  {}", printable(session.id), printable(label(session.trigger))),
+                 fmt::format("{}  {:>9}", counted(static_cast<size_t>(session.activeCount()), "item"),
+                             ByteFormat::string(session.totalSize())));
+    printParagraph(
+        console, Ink::dim,
+        fmt::format("From {}, kept until {}", shownDate(session.createdAt), shownDate(session.expiresAt)),
+        noteIndent);
+    std::vector<Row> rows;
+    for (const QuarantineEntry& entry : session.entries) {
+        rows.push_back({.size = entry.size,
+                        .tag = entry.restored ? "restored" : "",
+                        .title = printable(entry.storedName),
+                        .note = program.shown(entry.originalPath)});
+    }
+    printRows(console, rows, full);
+    console.printLine();
+}
+
+ExitStatus sessions(Program& program, bool full) {
+    const std::vector<QuarantineSession>& all = program.model().sessions;
+    sayUnreadable(program);
+    if (program.json()) {
+        program.print(JsonCodec<std::vector<QuarantineSession>>::encode(all));
+        return ExitStatus::done;
+    }
+    for (const QuarantineSession& session : all) printSession(program, session, full);
+    if (all.empty()) program.console().printLine("The quarantine is empty.");
+    return ExitStatus::done;
+}
+
+struct UndoOptions {
+    std::string session;
+    std::vector<std::string> entries;
+};
+
+// The stored names of what is to be brought back; absent for all of the session. Fails with the names that
+// the session does not hold.
+std::expected<std::optional<std::set<std::string>>, std::string>
+wantedEntries(const UndoOptions& options, const QuarantineSession& session) {
+    if (options.entries.empty()) return std::nullopt;
+    std::set<std::string> wanted;
+    std::vector<std::string> unknown;
+    for (const std::string& name : options.entries) {
+        const auto isIt = [&](const QuarantineEntry& entry) { return isNamed(entry.storedName, name); };
+        const auto entry = std::ranges::find_if(session.entries, isIt);
+        if (entry != session.entries.end())
+            wanted.insert(entry->storedName);
+        else
+            unknown.push_back(name);
+    }
+    if (!unknown.empty()) return std::unexpected(joined(unknown, ", "));
+    return wanted;
+}
+
+// How many of the wanted entries are still held, and their bytes.
+Extent heldOf(const QuarantineSession& session, const std::optional<std::set<std::string>>& wanted) {
+    Extent held;
+    for (const QuarantineEntry& entry : session.entries) {
+        if (entry.restored || (wanted && !wanted->contains(entry.storedName))) continue;
+        ++held.count;
+        addBytes(held.bytes, entry.size);
+    }
+    return held;
+}
+
+void printUndone(Program& program, const QuarantineSession& session,
+                 const std::vector<CleanFailure>& failures, Extent asked) {
+    if (program.json()) {
+        return program.print(
+            {{"session", session.id}, {"failures", JsonCodec<std::vector<CleanFailure>>::encode(failures)}});
+    }
+    printFailures(program, "Not restored", failures);
+    const size_t back = asked.count - std::min(asked.count, failures.size());
+    program.console().printLine(fmt::format("Restored {} of session {}{}", counted(back, "item"),
+                                            printable(session.id),
+                                            failures.empty() ? ", " + ByteFormat::string(asked.bytes) : ""));
+}
+
+ExitStatus undo(Program& program, const UndoOptions& options) {
+    Console& console = program.console();
+    const auto found = options.session.empty() ? newestHeld(program) : sessionNamed(program, options.session);
+    if (!found) {
+        console.say(found.error().message);
+        sayUnreadable(program);
+        return ExitStatus::failed;
+    }
+    const auto wanted = wantedEntries(options, *found);
+    if (!wanted) {
+        console.say(fmt::format("session {} holds no {}", printable(found->id), printable(wanted.error())));
+        return ExitStatus::failed;
+    }
+    const Extent asked = heldOf(*found, *wanted);
+    const auto failures = console.working("Bringing back " + counted(asked.count, "item"),
+                                          [&] { return program.model().restore(*found, *wanted); });
+    if (!failures) {
+        console.say(printable(failures.error().message));
+        return ExitStatus::failed;
+    }
+    printUndone(program, *found, *failures, asked);
+    return failures->empty() ? ExitStatus::done : ExitStatus::failed;
+}
+
+// A session that cannot be read, as `AppModel::purge` takes it.
+std::optional<QuarantineSession> unreadableNamed(Program& program, const std::string& id) {
+    for (const std::string& name : *program.model().unreadableSessions) {
+        if (!isNamed(name, id)) continue;
+        QuarantineSession unreadable;
+        unreadable.id = name;
+        return unreadable;
+    }
+    return std::nullopt;
+}
+
+ExitStatus purge(Program& program, const std::string& id) {
+    Console& console = program.console();
+    const auto unreadable = unreadableNamed(program, id);
+    const auto found = unreadable ? Result<QuarantineSession>(*unreadable) : sessionNamed(program, id);
+    const Status purged = found ? console.working("Deleting what the session holds",
+                                                  [&] { return program.model().purge(*found); })
+                                : Status(failed(found.error()));
+    if (!purged) {
+        console.say(printable(purged.error().message));
+        return ExitStatus::failed;
+    }
+    if (program.json()) {
+        program.print(
+            {{"session", found->id}, {"freedBytes", unreadable ? Json() : Json(found->totalSize())}});
+    } else {
+        console.printLine(
+            fmt::format("Purged session {}, {}", printable(found->id),
+                        unreadable ? "which could not be read" : ByteFormat::string(found->totalSize())));
+    }
+    return ExitStatus::done;
+}
+
+} // namespace
+
+void declareSessions(CLI::App& parser, Request& request) {
+    CLI::App& verb =
+        addVerb(parser, request, "sessions", "List what is in quarantine and can be brought back");
+    const auto full = std::make_shared<bool>(false);
+    verb.add_flag("--full", *full, "Show every item, not only the first of each session");
+    verb.callback(
+        [&request, full] { request.run = [full](Program& program) { return sessions(program, *full); }; });
+}
+
+void declareUndo(CLI::App& parser, Request& request) {
+    const auto options = std::make_shared<UndoOptions>();
+    CLI::App& verb = addVerb(parser, request, "undo", "Bring back what a clean has put into quarantine");
+    verb.add_option("SESSION", options->session,
+                    "The session to undo; none means the newest that holds something");
+    verb.add_option("--entry", options->entries,
+                    "Bring back only the item with this stored name; may be repeated")
+        ->type_name("STOREDNAME")
+        ->allow_extra_args(false);
+    verb.callback([&request, options] {
+        request.run = [options](Program& program) { return undo(program, *options); };
+    });
+}
+
+void declarePurge(CLI::App& parser, Request& request) {
+    const auto id = std::make_shared<std::string>();
+    CLI::App& verb =
+        addVerb(parser, request, "purge", "Give up a quarantine session for good and free its space");
+    verb.add_option("SESSION", *id, "The session's id, as \"loftmere sessions\" lists it")->required();
+    verb.callback([&request, id] { request.run = [id](Program& program) { return purge(program, *id); }; });
+}
+
+} // namespace loftmere
