@@ -1,3 +1,4 @@
+#include "CleanerCore/Platform/AdminCommands.h"
 #include "CleanerCore/Platform/NamedPipe.h"
 #include "CleanerCore/Process/Shell.h"
 #include "CleanerCore/Removal/Administrator/PrivilegedSession.h"
@@ -8,11 +9,12 @@
 #include "tests/Support/Waiting.h"
 
 #include <fcntl.h>
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 #include <signal.h>
 #include <unistd.h>
 
 #include <filesystem>
+#include <fstream>
 
 namespace loftmere::test {
 
@@ -20,11 +22,28 @@ namespace fs = std::filesystem;
 
 namespace {
 
+constexpr uid_t nobody = 65534;
+
+// A process that waits to be killed, of another user perhaps.
+pid_t startApplication(uid_t user = ::getuid()) {
+    const pid_t application = ::fork();
+    if (application != 0) return application;
+    if (::setuid(user) != 0) ::_exit(1);
+    while (true) ::pause();
+}
+
+void endApplication(pid_t application) {
+    ::kill(application, SIGKILL);
+    siginfo_t ended;
+    ::waitid(P_PID, static_cast<id_t>(application), &ended, WEXITED);
+}
+
 // The helper as a process of its own over real pipes, with a folder of the test's among the allowed ones and
-// harmless commands in the place of the system's.
+// harmless commands in the place of the system's. It is the folder of `user`.
 class Helper {
 public:
-    explicit Helper(const std::string& settings = "", pid_t application = ::getpid()) {
+    explicit Helper(const std::string& settings = "", pid_t application = ::getpid(),
+                    uid_t user = ::getuid()) {
         home_.folder("allowed");
         home_.folder("outside");
         home_.folder("priv");
@@ -38,6 +57,8 @@ public:
         home_.file("priv/helper.sh", PrivilegedSession::helperScript(commands + settings));
         EXPECT_TRUE(makeNamedPipe(at("priv/cmd"), 0600));
         EXPECT_TRUE(makeNamedPipe(at("priv/out"), 0600));
+        for (const char* path : {"priv", "priv/cmd", "priv/out"})
+            EXPECT_EQ(::chown(at(path).c_str(), user, static_cast<gid_t>(-1)), 0);
         Shell::run("bash",
                    {"-c", "nohup bash \"$@\" >/dev/null 2>&1 &", "-", at("priv/helper.sh"), at("priv"),
                     "secret", std::to_string(application)},
@@ -177,17 +198,12 @@ TEST(PrivilegedHelperTests, EndsWithTheApplicationOrWhenIdle) {
 
     // The application is killed: once while nothing happens, once while its reply waits to be fetched.
     for (const bool owesReply : {false, true}) {
-        const pid_t application = ::fork();
-        if (application == 0) {
-            while (true) ::pause();
-        }
+        const pid_t application = startApplication();
         const Helper helper("", application);
         const int requests = ::open(helper.at("priv/cmd").c_str(), O_WRONLY | O_CLOEXEC);
         if (owesReply) EXPECT_EQ(::write(requests, "secret PING\n", 12), 12);
         ::close(requests);
-        ::kill(application, SIGKILL);
-        siginfo_t ended;
-        ::waitid(P_PID, static_cast<id_t>(application), &ended, WEXITED);
+        endApplication(application);
         EXPECT_TRUE(helper.ends()) << owesReply;
     }
 }
@@ -213,13 +229,68 @@ TEST(PrivilegedHelperTests, WritesToNothingButItsPipe) {
     EXPECT_EQ(fs::file_size(victim), 7);
 }
 
-TEST(PrivilegedHelperTests, NeedsAllItsArguments) {
+TEST(PrivilegedHelperTests, RunsNothingThatIsAddedToItsFile) {
+    const TemporaryHome outside;
+    const Helper helper("trap 'touch " + outside.at("ended") + "' EXIT\n");
+    std::ofstream(helper.at("priv/helper.sh"), std::ios::app) << "touch " << outside.at("ran") << "\n";
+    helper.ask("QUIT");
+    EXPECT_TRUE(comesTrue([&] { return fs::exists(outside.at("ended")); }));
+    EXPECT_FALSE(fs::exists(outside.at("ran")));
+}
+
+// The user exchanges each pipe for a link at the very moment when root is about to open it.
+TEST(PrivilegedHelperTests, OpensNothingThroughALinkOfTheUsers) {
+    if (::getuid() != 0) GTEST_SKIP() << "needs root";
+    const pid_t application = startApplication(nobody);
+    const TemporaryHome outside;
+    const std::string made = outside.folder("made");
+    const std::string attack =
+        outside.file("attack", "setpriv --reuid 65534 sh -c 'mv $0 was-$0; ln -s $1/$0 $0' \"$1\" " + made);
+    const std::string atEachOpening = "set -T\ntrap 'case $BASH_COMMAND in exec\\ 3*) sh " + attack +
+                                      " cmd ;; exec\\ 4*) sh " + attack + " out ;; esac' DEBUG\n";
+    EXPECT_EQ(Helper(atEachOpening, application, nobody).ask("PURGE"), "OK freed");
+    EXPECT_TRUE(fs::is_empty(made));
+    endApplication(application);
+}
+
+TEST(PrivilegedHelperTests, LeavesAFolderOfSomebodyElseAlone) {
+    if (::getuid() != 0) GTEST_SKIP() << "needs root";
     const TemporaryHome home;
-    const std::string script = home.file("helper.sh", PrivilegedSession::helperScript());
-    EXPECT_EQ(Shell::run("bash", {script}, 5).status, 1);
-    EXPECT_EQ(Shell::run("bash", {script, home.path(), "secret", ""}, 5).status, 1);
-    EXPECT_EQ(Shell::run("bash", {script, "", "secret", "1"}, 5).status, 1);
+    const std::string script = home.file("priv/helper.sh", PrivilegedSession::helperScript());
+    for (const char* pipe : {"cmd", "out"})
+        ASSERT_TRUE(makeNamedPipe(home.at(std::string("priv/") + pipe), 0600));
+    ASSERT_EQ(::chown(home.at("priv").c_str(), nobody, nobody), 0);
+    EXPECT_EQ(Shell::run("bash", {script, home.at("priv"), "secret", std::to_string(::getpid())}, 5).status,
+              1);
     EXPECT_TRUE(fs::exists(script));
+}
+
+TEST(PrivilegedHelperTests, ItsLimitsAndRootsAreTheseAndNoOthers) {
+    const TemporaryHome home;
+    const std::string show = "printf '%s\n' $IDLE_LIMIT $READ_LIMIT \"${ALLOWED_ROOTS[@]}\"\nexit\n";
+    EXPECT_EQ(Shell::run("bash", {home.file("show.sh", PrivilegedSession::helperScript(show))}, 5).out,
+              "1800\n20\n/Library/Caches/\n/Library/Logs/\n/private/var/log/\n/private/var/folders/\n"
+              "/Library/LaunchDaemons/\n/Library/LaunchAgents/\n/Library/Application Support/\n"
+              "/Library/Containers/\n/Applications/\n");
+    const std::string script = home.file("helper.sh", PrivilegedSession::helperScript());
+    const std::vector<std::string> wanting[]{
+        {script}, {script, home.path(), "secret", ""}, {script, "", "secret", "1"}};
+    for (const auto& arguments : wanting) EXPECT_EQ(Shell::run("bash", arguments, 5).status, 1);
+    EXPECT_TRUE(fs::exists(script));
+}
+
+// What the helper calls must be in the table, and the table must not search for what runs as root.
+TEST(PrivilegedHelperTests, EveryCommandIsAProgramOfTheSystem) {
+    std::vector<std::string_view> names;
+    for (const AdminCommand& command : adminCommands()) {
+        EXPECT_TRUE(command.text.starts_with('/')) << command.name;
+        EXPECT_EQ(adminCommand(command.name), command.text);
+        names.push_back(command.name);
+    }
+    EXPECT_THAT(names, testing::ElementsAre("decode_base64", "working_folder", "remove", "kill_process",
+                                            "bootout", "purge", "periodic_daily", "periodic_weekly",
+                                            "periodic_monthly", "rebuild_spotlight", "flush_dns"));
+    EXPECT_EQ(adminCommand("remove"), "/bin/rm -rf --");
 }
 
 } // namespace loftmere::test

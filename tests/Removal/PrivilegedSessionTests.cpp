@@ -2,6 +2,8 @@
 #include "CleanerCore/Removal/Administrator/AdminRunner.h"
 #include "CleanerCore/Removal/Administrator/PrivilegedSession.h"
 #include "CleanerCore/Support/Concurrent.h"
+#include "CleanerCore/Support/PathText.h"
+#include "tests/Support/OrdinaryUser.h"
 #include "tests/Support/ScriptedTools.h"
 #include "tests/Support/Waiting.h"
 
@@ -84,6 +86,20 @@ TEST_F(PrivilegedSessionTests, AsksOnceForAsLongAsItLasts) {
     EXPECT_EQ(session.run(Session::Purge{}).out, "freed");
     ASSERT_EQ(prompts(), 2);
     EXPECT_NE(tools.calls("pkexec")[0][2], tools.calls("pkexec")[1][2]) << "each session has its own token";
+}
+
+TEST_F(PrivilegedSessionTests, ServesAnOrdinaryUserAsRoot) {
+    const std::string crash = fmt::format("chown 0 \"{0}\"; chmod 711 \"{0}\"; exit 1", priv(""));
+    const OrdinaryUser user({home.path(), parentPath(parentPath(tools.add("pkexec", crash)))});
+    EXPECT_FALSE(session.run(Session::Remove{{"/Library/Caches/x"}}).ok()) << "and the folder stays root's";
+    const std::string exchange =
+        fmt::format("echo 'touch {}' >\"{}\"; exec \"$@\"", home.at("ran"), priv("helper.sh"));
+    tools.add("pkexec", exchange); // while the password is typed
+    EXPECT_EQ(session.run(Session::Purge{}).out, "freed");
+    EXPECT_FALSE(fs::exists(home.at("ran")));
+    EXPECT_EQ(mode(priv("")), fs::perms::owner_all);
+    session.end();
+    EXPECT_TRUE(comesTrue([&] { return !fs::exists(priv("")); }));
 }
 
 TEST_F(PrivilegedSessionTests, RemovesManyPathsInOneRequest) {

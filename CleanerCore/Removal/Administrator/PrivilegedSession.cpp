@@ -1,5 +1,6 @@
 #include "CleanerCore/Removal/Administrator/PrivilegedSession.h"
 
+#include "CleanerCore/Files/FS.h"
 #include "CleanerCore/Files/Paths.h"
 #include "CleanerCore/Platform/AdminCommands.h"
 #include "CleanerCore/Platform/ChildProcess.h"
@@ -11,6 +12,7 @@
 #include "CleanerCore/Support/Base64.h"
 #include "CleanerCore/Support/Quoting.h"
 #include "CleanerCore/Support/Text.h"
+#include "CleanerCore/Support/UUID.h"
 
 #include <fmt/format.h>
 
@@ -112,6 +114,20 @@ void removeFolder(const std::string& folder) {
     if (const auto place = Place::open(folder)) (void)removeItem(*place);
 }
 
+// Makes room for a new session. What a cancelled or crashed one has left is removed. While a helper answers
+// or leaves, the folder is root's: after a crash at that moment it stays so, and can only be moved out of the
+// way.
+void clearFolder(const std::string& folder) {
+    constexpr int tries = 10;
+    for (int i = 0; i < tries; ++i) {
+        removeFolder(folder);
+        if (!FS::exists(folder)) return;
+        std::this_thread::sleep_for(betweenTries);
+    }
+    const auto place = Place::open(folder);
+    if (place) (void)moveItem(*place, place->beside(place->name() + "-left-" + newUUID()));
+}
+
 } // namespace
 
 PrivilegedSession& PrivilegedSession::shared() {
@@ -149,21 +165,23 @@ void PrivilegedSession::end() {
 }
 
 bool PrivilegedSession::start() {
-    if (!prepareFolder()) return false;
-    const std::string command = fmt::format("/usr/bin/nohup /bin/bash {} {} {} {} >/dev/null 2>&1 &",
-                                            shellQuoted(settings_.folder + "/helper.sh"),
+    const std::string script = helperScript(settings_.helperSettings);
+    if (!prepareFolder(script)) return false;
+    // Root runs this very text: the file could be exchanged while the user types the password. Its path is
+    // only the name under which the helper runs.
+    const std::string command = fmt::format("/usr/bin/nohup /bin/bash -c {} {} {} {} {} >/dev/null 2>&1 &",
+                                            shellQuoted(script), shellQuoted(settings_.folder + "/helper.sh"),
                                             shellQuoted(settings_.folder), token_, currentProcessID());
     return settings_.prompt(command, promptText, promptLimit).ok() && awaitHelper();
 }
 
-bool PrivilegedSession::prepareFolder() {
+bool PrivilegedSession::prepareFolder(const std::string& script) {
     const std::string& folder = settings_.folder;
-    removeFolder(folder); // left by a session that was cancelled or crashed
+    clearFolder(folder);
     token_ = newToken();
     owed_ = 0;
     return createDirectories(folder, 0700) && makeNamedPipe(folder + "/cmd", 0600) &&
-           makeNamedPipe(folder + "/out", 0600) &&
-           replaceFile(folder + "/helper.sh", helperScript(settings_.helperSettings), 0700);
+           makeNamedPipe(folder + "/out", 0600) && replaceFile(folder + "/helper.sh", script, 0700);
 }
 
 bool PrivilegedSession::awaitHelper() {

@@ -67,7 +67,7 @@ public:
 
 private:
     bool start();
-    bool prepareFolder();
+    bool prepareFolder(const std::string& script);
     bool awaitHelper();
     std::optional<std::string> send(const std::string& words, double timeout);
     std::optional<std::string> request(const Operation& operation);

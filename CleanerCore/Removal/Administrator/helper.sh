@@ -1,11 +1,12 @@
 #!/bin/bash
 # The root helper: started as root with one password prompt, it serves the application until that is gone, says
-# QUIT, or has been silent for IDLE_LIMIT seconds. It trusts nothing that it is told about a path.
+# QUIT, or has been silent for IDLE_LIMIT seconds. It believes nothing that the application says about a path.
 #
 #   helper.sh FOLDER TOKEN PID      PID is the application's
 #
 # A request is one line on the named pipe FOLDER/cmd, "TOKEN OPERATION WORD...", paths in Base64; its reply is one
-# line on FOLDER/out that begins with OK or ERR. It must run with the bash 3.2 that macOS has.
+# line on FOLDER/out that begins with OK or ERR. It must run with the bash 3.2 that macOS has, and it does nothing
+# before its last line, so that all of it has been read by then: the file is the user's.
 
 IDLE_LIMIT=1800 # seconds without a request
 READ_LIMIT=20   # seconds until it looks again whether the application lives
@@ -36,16 +37,6 @@ umask 077
 set -f
 trap '' PIPE # a reader may go at any time
 
-FOLDER=$1
-TOKEN=$2
-APPLICATION=$3
-[ -n "$FOLDER" ] && [ -n "$TOKEN" ] && [ -n "$APPLICATION" ] || exit 1
-
-# From here on the folder is ".", so that a later session that made a folder of the same name is never answered, let
-# alone removed, by this one.
-cd -P -- "$FOLDER" || exit 1
-exec </dev/null
-
 is_pipe() {
     [ -p "./$1" ] && [ ! -L "./$1" ]
 }
@@ -54,23 +45,49 @@ serving() {
     kill -0 "$APPLICATION" 2>/dev/null && ((SECONDS - last < IDLE_LIMIT)) && is_pipe cmd && is_pipe out
 }
 
-# Writes to the pipe and to nothing else: the folder is the user's, so anything may stand in the pipe's place by now,
-# a link to a file of root's for one. Opening the pipe blocks until somebody reads.
-write_line() {
-    set -C # a file is neither emptied nor written to
-    is_pipe out && exec 4>./out && is_pipe out && is_open 4 out && printf '%s\n' "$1" >&4
+inodes() {
+    ls -di . ./cmd ./out
 }
 
-# Whether what is open is what stands here. Not every system can tell; "cmd" shows at the start which does.
-tells_open=''
-is_open() {
-    [ -z "$tells_open" ] || [ "./$2" -ef "/dev/fd/$1" ]
+folder_owner() {
+    # shellcheck disable=SC2012,SC2046 # the words of one line without names
+    set -- $(ls -ldn .)
+    printf '%s' "$3"
 }
 
-# A process of its own writes, since this one must notice that nobody ever reads.
+application_owner() {
+    # shellcheck disable=SC2046 # without the blanks before it
+    printf '%s' $(ps -o uid= -p "$APPLICATION")
+}
+
+# The folder is the user's, who could exchange a pipe for a link right before it is opened: root would then write to
+# any file, or make one. So root takes the folder before it looks, and gives it back when the pipe is open. The user
+# gets to the pipes meanwhile. Without root's rights there is nothing to gain. False when something is not what it was.
+take_folder() {
+    [ "$EUID" != 0 ] || { chown 0 . && chmod 711 .; } || return 1
+    is_pipe cmd && is_pipe out && [ "$(inodes)" = "$seen" ]
+}
+
+give_folder_back() {
+    [ "$EUID" != 0 ] || { chmod 700 . && chown "$owner" .; }
+}
+
+# What the folder holds goes by the names in here, since the way to the folder may lead elsewhere by now.
+leave() {
+    exec 3<&-
+    take_folder 2>/dev/null
+    set +f
+    rm -rf -- ./* ./.[!.]*
+    give_folder_back 2>/dev/null
+    [ "$FOLDER" -ef . ] && cd -P .. && rmdir -- "./${FOLDER##*/}"
+    exit
+}
+
+# A process of its own writes, since opening the pipe waits for a reader and this one must notice that none ever comes.
 reply() {
     local writer pauses=(0.01 0.1 1) turn=0
-    write_line "$1" 2>/dev/null 3<&- &
+    take_folder || leave
+    { exec 4>./out && give_folder_back && printf '%s\n' "$1" >&4; } 2>/dev/null 3<&- &
     writer=$!
     while kill -0 "$writer" 2>/dev/null; do
         serving || kill "$writer"
@@ -80,7 +97,7 @@ reply() {
     wait "$writer" 2>/dev/null
 }
 
-# Sets `path`. The full stop keeps line ends at the end of a path from being cut off.
+# Sets `path`. The full stop keeps line breaks at the end of a path from being cut off.
 decode() {
     path=$(printf '%s' "$1" | decode_base64 2>/dev/null && printf .) || {
         path=$1
@@ -205,27 +222,42 @@ serve() {
     return 0
 }
 
-last=$SECONDS
-serving || exit 1
-exec 3<>./cmd
-[ ! ./cmd -ef /dev/fd/3 ] || tells_open=yes
-request=''
-while serving; do
-    part=''
-    IFS='' read -r -t "$READ_LIMIT" -u 3 part
-    complete=$?
-    request=$request$part
-    # A long line may take longer than the limit to come.
-    [ "$complete" = 0 ] || continue
-    [ -n "$request" ] || continue
+# Reads requests until the last one.
+serve_all() {
+    local request='' part complete
+    while serving; do
+        part=''
+        IFS='' read -r -t "$READ_LIMIT" -u 3 part
+        complete=$?
+        request=$request$part
+        # A long line may take longer than the limit to come.
+        [ "$complete" = 0 ] || continue
+        [ -n "$request" ] || continue
+        last=$SECONDS
+        # shellcheck disable=SC2086 # split into words on purpose; set -f keeps them from being file patterns
+        serve $request || break
+        request=''
+    done
+}
+
+main() {
+    FOLDER=$1
+    TOKEN=$2
+    APPLICATION=$3
+    [ -n "$FOLDER" ] && [ -n "$TOKEN" ] && [ -n "$APPLICATION" ] || exit 1
+    # From here on the folder is ".", so that this helper never answers, let alone removes, a later session that made a
+    # folder of the same name.
+    cd -P -- "$FOLDER" || exit 1
+    exec </dev/null
+    owner=$(folder_owner)
+    [ "$owner" = "$(application_owner)" ] || exit 1 # nobody else's folder is changed, wherever the way led
     last=$SECONDS
-    # shellcheck disable=SC2086 # split into words on purpose; set -f keeps them from being file patterns
-    serve $request || break
-    request=''
-done
-exec 3<&-
-# What the folder holds goes by the names in here, since the way to the folder may lead elsewhere by now.
-[ "$FOLDER" -ef . ] || exit 0
-set +f
-/bin/rm -rf -- ./* ./.[!.]*
-/bin/rmdir -- "$FOLDER"
+    seen=$(inodes)
+    take_folder || leave
+    exec 3<>./cmd
+    give_folder_back
+    serve_all
+    leave
+}
+
+main "$@"
