@@ -1,4 +1,5 @@
 #include "CleanerCore/Scanning/ScanEngine.h"
+#include "tests/Support/ScannerFixtures.h"
 #include "tests/Support/ScriptedScanner.h"
 #include "tests/Support/TemporaryHome.h"
 #include "tests/Support/Waiting.h"
@@ -38,6 +39,17 @@ TEST(ScanEngine, AFailureCostsOnlyItsCategory) {
     EXPECT_EQ(results[1].error, "The disk has gone");
     EXPECT_EQ(results[2].error, "There was not enough memory");
     EXPECT_THAT(finished, ElementsAre(logs, trash, docker));
+}
+
+TEST(ScanEngine, FindsWhatIsRegisteredButNothingProtected) {
+    const test::TemporaryHome home;
+    for (const char* name : {"keep/a", "go/a"}) home.file(std::string(".Trash/") + name, "x");
+    const auto titles = [&](std::vector<std::string> protectedPaths) {
+        const AppConfig config{.protectedPaths = std::move(protectedPaths)};
+        return test::titlesOf(ScanEngine(home.paths(), config).scan({trash, appBundle}).at(0).items);
+    };
+    EXPECT_THAT(titles({}), ElementsAre("go", "keep"));
+    EXPECT_THAT(titles({"~/.Trash/keep"}), ElementsAre("go"));
 }
 
 TEST(ScanEngine, ScannersRunSideBySide) {

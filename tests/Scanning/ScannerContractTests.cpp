@@ -6,11 +6,12 @@
 #include "tests/Support/ScannerFixtures.h"
 
 #include <fmt/format.h>
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <cstdlib>
 #include <filesystem>
 #include <numeric>
 #include <thread>
@@ -18,6 +19,10 @@
 // What every scanner of the registry promises, whatever it looks for.
 
 using namespace loftmere;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
 namespace fs = std::filesystem;
 
 namespace {
@@ -45,6 +50,8 @@ class ScannerContract : public testing::TestWithParam<CleanCategory> {
 protected:
     void SetUp() override {
         ASSERT_NE(fixture_, nullptr) << "tests/Support/ScannerFixtures.cpp lacks a fixture";
+        ::setenv("LC_ALL", "C", 1);
+        ::setenv("TZ", "UTC", 1);
         fixture_->fill(home_);
         home_.folder("Empty");
     }
@@ -52,26 +59,25 @@ protected:
     // Puts copies of the folder that the scanner measures beside it, and many small files, all names of one,
     // into it.
     void fillMeasuredFolder() {
-        const fs::path measured = home_.at(fixture_->measured);
+        const fs::path measured = fs::path(home_.at(fixture_->files[0].path)).parent_path();
         for (int i = 0; i < 50; ++i) {
             fs::copy(measured,
                      measured.parent_path() / (std::to_string(i) + "-" + measured.filename().string()),
                      fs::copy_options::recursive);
         }
-        const std::string bulk = std::string(fixture_->measured) + "/bulk/";
+        const std::string bulk = measured.string() + "/bulk/";
         const std::string first = home_.fileOfSize(bulk + "0", 4096);
         for (int i = 1; i < 4000; ++i) fs::create_hard_link(first, home_.at(bulk + std::to_string(i)));
     }
 
-    std::vector<ScanItem> scan(const ScanContext& context) {
-        auto items = scanner_->scan(context);
-        EXPECT_TRUE(items.has_value());
-        return items.value_or(std::vector<ScanItem>{});
+    static std::vector<ScanItem> scan(const ScanContext& context) { return test::scan(GetParam(), context); }
+
+    std::vector<std::string> found(AppConfig config = {.largeFileMinMB = 1}) {
+        return test::linesOf(scan(test::scanContext(home_, std::move(config))));
     }
 
     const test::TemporaryHome home_;
     const test::ScannerFixture* fixture_ = test::scannerFixture(GetParam());
-    const std::unique_ptr<JunkScanner> scanner_ = std::move(ScannerRegistry::scanners({GetParam()}).front());
 };
 
 std::vector<CleanCategory> registered() {
@@ -94,8 +100,17 @@ void upset(const std::string& path, int kind, const std::string& elsewhere) {
 
 } // namespace
 
+TEST(ScannerRegistry, HasTheOrderOfTheSections) {
+    using enum CleanCategory;
+    EXPECT_THAT(registered(), ElementsAre(userCaches, logs, crashReports, trash, savedAppState, mailDownloads,
+                                          xcode, simulators, projectArtifacts, packageCaches, docker,
+                                          iosBackups, iosUpdates, oldDownloads, installers, largeOldFiles,
+                                          duplicates, similarPhotos, cloudLocalCopies));
+    EXPECT_TRUE(ScannerRegistry::scanners({appBundle}).empty());
+}
+
 TEST_P(ScannerContract, FindsReportsAndNeverWrites) {
-    test::ageEverything(home_, 400);
+    test::ageEverything(home_, 400, 390);
     const auto before = snapshot(home_);
     ScanContext context = test::scanContext(home_);
     std::vector<std::string> reports;
@@ -107,12 +122,57 @@ TEST_P(ScannerContract, FindsReportsAndNeverWrites) {
     };
     const auto items = scan(context);
     EXPECT_EQ(snapshot(home_), before);
-    EXPECT_EQ(!items.empty(), fixture_->finds);
+    EXPECT_EQ(test::linesOf(items), fixture_->findings);
     EXPECT_EQ(!reports.empty(), fixture_->reports);
     for (const ScanItem& item : items) {
         EXPECT_EQ(item.category, GetParam());
-        EXPECT_FALSE(item.reason.empty());
         EXPECT_GT(item.size, 0);
+        EXPECT_EQ(item.lastUsed, context.daysAgo(GetParam() == CleanCategory::trash ? 400 : 390));
+    }
+}
+
+TEST_P(ScannerContract, GoesByTheRightDate) {
+    test::ageEverything(home_, 400, 2);
+    if (fixture_->goesByUse)
+        EXPECT_THAT(found(), IsEmpty());
+    else
+        EXPECT_EQ(found(), fixture_->findings);
+    test::ageEverything(home_, 400, 390);
+    EXPECT_EQ(found({.largeFileMinMB = 1, .minItemAgeHours = 400 * 24}), fixture_->findings);
+    const auto fresh = found({.largeFileMinMB = 1, .minItemAgeHours = 400 * 24 + 1});
+    EXPECT_EQ(fresh, fixture_->sparesFresh ? std::vector<std::string>{} : fixture_->findings);
+}
+
+// The fixtures were changed 400 days ago and used 390 days ago. Each setting lets them pass at the one value
+// and nothing, or less, at the other.
+TEST(ScannerSettings, EachDecides) {
+    using enum CleanCategory;
+    const struct {
+        CleanCategory category;
+        int64_t AppConfig::* setting;
+        int64_t passing;
+        int64_t strict;
+        const char* reason; // with the passing value
+        size_t left = 0;
+    } cases[]{
+        {logs, &AppConfig::logAgeDays, 399, 400, "Log files untouched for 399+ days"},
+        {projectArtifacts, &AppConfig::staleProjectDays, 399, 400, "viewer untouched for 400 days"},
+        {oldDownloads, &AppConfig::oldDownloadsDays, 389, 390, "Not opened in 389+ days"},
+        {xcode, &AppConfig::xcodeArchiveAgeDays, 399, 400, "Archive older than 399 days.", 3},
+        {largeOldFiles, &AppConfig::largeFileAgeDays, 389, 390, "MB file not opened since"},
+        {largeOldFiles, &AppConfig::largeFileMinMB, 1, 2, "1 MB file", 1},
+    };
+    for (const auto& [category, setting, passing, strict, reason, left] : cases) {
+        const test::TemporaryHome home;
+        test::scannerFixture(category)->fill(home);
+        test::ageEverything(home, 400, 390);
+        AppConfig config{.largeFileMinMB = 1};
+        config.*setting = passing;
+        const auto lines = test::linesOf(test::scan(category, test::scanContext(home, config)));
+        EXPECT_EQ(lines.size(), test::scannerFixture(category)->findings.size()) << reason;
+        EXPECT_THAT(lines, Contains(HasSubstr(reason)));
+        config.*setting = strict;
+        EXPECT_EQ(test::scan(category, test::scanContext(home, config)).size(), left) << reason;
     }
 }
 
@@ -120,7 +180,6 @@ TEST_P(ScannerContract, NeighboursMakeNoDifference) {
     const auto findings = [&] {
         test::ageEverything(home_, 400);
         auto items = scan(test::scanContext(home_));
-        for (ScanItem& item : items) item.lastUsed = std::nullopt; // aged at another moment each time
         std::ranges::sort(items, {}, &ScanItem::id);
         return items;
     };
@@ -132,7 +191,7 @@ TEST_P(ScannerContract, NeighboursMakeNoDifference) {
 }
 
 TEST_P(ScannerContract, StopsSoonAfterCancel) {
-    if (fixture_->measured != nullptr) fillMeasuredFolder();
+    if (fixture_->measures) fillMeasuredFolder();
     test::ageEverything(home_, 400);
     ScanContext context = test::scanContext(home_);
     const int64_t whole = totalSize(scan(context));
@@ -144,7 +203,7 @@ TEST_P(ScannerContract, StopsSoonAfterCancel) {
     const int64_t partial = totalSize(scan(context));
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(500));
     EXPECT_LT(reports, 10); // one for each unit of work in hand and each stage, not for all units
-    if (fixture_->measured != nullptr) EXPECT_LT(partial, whole);
+    if (fixture_->measures) EXPECT_LT(partial, whole);
 }
 
 TEST_P(ScannerContract, SurvivesUnreadableFolders) {

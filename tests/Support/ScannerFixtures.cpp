@@ -1,9 +1,19 @@
 #include "tests/Support/ScannerFixtures.h"
 
 #include "CleanerCore/Platform/TreeWalk.h"
+#include "CleanerCore/Scanning/ScannerRegistry.h"
+#include "CleanerCore/Support/Text.h"
 #include "tests/Support/Photos.h"
 
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
 #include <algorithm>
+#include <chrono>
+#include <map>
 
 namespace loftmere::test {
 
@@ -11,53 +21,76 @@ namespace {
 
 using enum CleanCategory;
 
+const Date scanTime = fromISO8601("2026-02-19T12:00:00Z").value();
+
 // clang-format off
 const ScannerFixture fixtures[] = {
-    {userCaches, {{"Library/Caches/com.example.viewer/data", 100000}, {"Library/Caches/small", 100}},
-     "Library/Caches/com.example.viewer"},
-    {logs, {{"Library/Logs/Example/old.log", 5000}, {"Library/Logs/plain.log", 10}}, "Library/Logs/Example"},
-    {crashReports,
-     {{"Library/Logs/DiagnosticReports/viewer.ips", 3000}, {"Library/Logs/DiagnosticReports/Retired/viewer.ips", 3000}},
-     "Library/Logs/DiagnosticReports/Retired"},
-    {trash, {{".Trash/letter.txt", 20}, {".Trash/folder/picture", 20000}}, ".Trash/folder", true, false},
-    {savedAppState, {{"Library/Saved Application State/com.example.viewer.savedState/windows.plist", 900}},
-     "Library/Saved Application State/com.example.viewer.savedState"},
-    {mailDownloads, {{"Library/Containers/com.apple.mail/Data/Library/Mail Downloads/1A2B/invoice.pdf", 7000}},
-     "Library/Containers/com.apple.mail/Data/Library/Mail Downloads/1A2B"},
-    {xcode,
-     {{"Library/Developer/Xcode/DerivedData/Viewer-abc/Build/viewer.o", 9000},
-      {"Library/Developer/Xcode/Archives/2025-01-01/Viewer.xcarchive/Info.plist", 900}},
-     "Library/Developer/Xcode/DerivedData/Viewer-abc"},
-    {simulators,
-     {{"Library/Developer/Xcode/iOS DeviceSupport/17.2/Symbols", 9000},
-      {"Library/Developer/Xcode/iOS DeviceSupport/9.3/Symbols", 9000},
-      {"Library/Developer/CoreSimulator/Caches/dyld/cache", 9000}},
-     "Library/Developer/Xcode/iOS DeviceSupport/9.3"},
-    {projectArtifacts,
-     {{"Projects/viewer/package.json", 2},
-      {"Projects/viewer/node_modules/left/index.js", 700002},
-      {"Projects/viewer/node_modules/right/index.js", 700003}},
-     "Projects/viewer/node_modules/left"},
-    {packageCaches, {{"Library/Caches/pip/http/one", 700000}, {"Library/Caches/pip/http/two", 700001}},
-     "Library/Caches/pip/http"},
-    {docker, {}, nullptr, false, false},
-    {iosBackups,
-     {{"Library/Application Support/MobileSync/Backup/00008030/Manifest.db", 9000},
-      {"Library/Application Support/MobileSync/Backup/00008030/Info.plist", 90}},
-     "Library/Application Support/MobileSync/Backup/00008030"},
-    {iosUpdates,
-     {{"Library/iTunes/iPad Software Updates/iPad_16.ipsw", 9000},
-      {"Library/iTunes/iPhone Software Updates/partial.ipsw/data", 9000}},
-     "Library/iTunes/iPhone Software Updates/partial.ipsw"},
-    {oldDownloads, {{"Downloads/paper.pdf", 9000}, {"Downloads/archive/one", 9000}}, "Downloads/archive"},
-    {installers, {{"Downloads/Viewer.dmg", 9000}, {"Desktop/Editor.mpkg/Contents/Archive.pax", 9000}},
-     "Desktop/Editor.mpkg"},
-    {largeOldFiles, {{"Films/holiday.mov", 1 << 20}, {"Films/Raw/holiday.mov", 2 << 20}}},
-    {duplicates, {{"Documents/plan.bin", 600000}, {"Music/plan copy.bin", 600000}}},
-    {similarPhotos,
-     {{"Pictures/Trip/large.jpg", 0, "photo.jpg"}, {"Pictures/small.jpg", 0, "half.jpg"},
-      {"Pictures/slow.jpg", 0, "progressive.jpg"}, {"Pictures/phone.heic", 0, "photo.heic"}, {"Pictures/web.png", 0, "color.png"}}},
-    {cloudLocalCopies, {{"Library/Mobile Documents/com~apple~CloudDocs/film.mov", 26 << 20}}},
+    {.category = userCaches, .files = {{"Library/Caches/com.example.viewer/data", 100000}, {"Library/Caches/small", 100}},
+     .findings = {"com.example.viewer | safe | App cache; rebuilt automatically when needed"}},
+    {.category = logs, .files = {{"Library/Logs/Example/old.log", 5000}, {"Library/Logs/plain.log", 10}},
+     .findings = {"Example, plain.log | safe | Log files untouched for 3+ days"}},
+    {.category = crashReports,
+     .files = {{"Library/Logs/DiagnosticReports/Retired/viewer.ips", 3000}, {"Library/Logs/DiagnosticReports/viewer.ips", 3000}},
+     .findings = {"Retired, viewer.ips | safe | Crash/diagnostic report already sent (or never needed)"}},
+    {.category = trash, .files = {{".Trash/folder/picture", 20000}, {".Trash/letter.txt", 20}},
+     .findings = {"folder, letter.txt | review | Already in the Trash"}, .reports = false, .sparesFresh = false},
+    {.category = savedAppState, .files = {{"Library/Saved Application State/com.example.savedState/windows.plist", 900}},
+     .findings = {"com.example.savedState | safe | Window positions restored at launch; apps recreate it"}, .goesByUse = true},
+    {.category = mailDownloads,
+     .files = {{"Library/Containers/com.apple.mail/Data/Library/Mail Downloads/1A2B/invoice.pdf", 7000}},
+     .findings = {"1A2B | safe | Copy of an attachment you opened; the original stays in Mail"}, .goesByUse = true},
+    {.category = xcode,
+     .files = {{"Library/Developer/Xcode/DerivedData/Viewer-abc/viewer.o", 9000},
+               {"Library/Developer/Xcode/Products/Viewer", 900}, {"Library/Developer/Xcode/UserData/Previews/Viewer", 900},
+               {"Library/Developer/Xcode/Archives/2025-01-01/Viewer.xcarchive/Info.plist", 900}},
+     .findings = {"Viewer-abc | safe | Build intermediates; Xcode rebuilds them on next build",
+                  "Viewer.xcarchive | caution | Archive older than 180 days. Needed only to symbolicate old crash reports.",
+                  "Xcode Products, Xcode UserData/Previews | safe | Regenerated by Xcode"}},
+    {.category = simulators,
+     .files = {{"Library/Developer/Xcode/iOS DeviceSupport/9.3/Symbols", 9000},
+               {"Library/Developer/Xcode/iOS DeviceSupport/17.2/Symbols", 9000},
+               {"Library/Developer/CoreSimulator/Caches/dyld/cache", 9000}},
+     .findings = {"9.3 | review | Symbols for an older OS version; re-copied if you connect that device again",
+                  "Simulator caches | safe | Simulator dyld caches; rebuilt on boot"}},
+    {.category = projectArtifacts,
+     .files = {{"Projects/viewer/node_modules/left/index.js", 700002}, {"Projects/viewer/node_modules/right/index.js", 700003},
+               {"Projects/viewer/package.json", 2}},
+     .findings = {"viewer/node_modules | safe | viewer untouched for 400 days. Restore with: npm/yarn/pnpm install"}},
+    {.category = packageCaches,
+     .files = {{"Library/Caches/pip/http/one", 700000}, {"Library/Caches/pip/http/two", 700001},
+               {".expo/one", 700000}, {".expo/two", 700001}},
+     .findings = {"Expo cache | review | Re-downloadable, but may be large to fetch again",
+                  "pip cache | safe | Re-downloaded on demand by the tool"}},
+    {.category = docker, .files = {}, .measures = false, .reports = false},
+    {.category = iosBackups,
+     .files = {{"Library/Application Support/MobileSync/Backup/00008030/Manifest.db", 9000},
+               {"Library/Application Support/MobileSync/Backup/00008030/Info.plist", 90}},
+     .findings = {"Backup: 00008030 | caution | Device backup from Jan 15, 2025. Keep at least one recent backup."}},
+    {.category = iosUpdates,
+     .files = {{"Library/iTunes/iPhone Software Updates/c/data", 9000}, {"Library/iTunes/iPad Software Updates/b", 9000},
+               {"Library/iTunes/iPod Software Updates/d", 9000},
+               {"Library/Group Containers/K36BKF7T3D.group.com.apple.configurator/Library/Caches/Assets/TTU/com.apple.itunes.ipsw/a", 90}},
+     .findings = {"a | safe | Cached firmware file", "b, c, d | safe | Firmware file; re-downloaded if ever needed"}},
+    {.category = oldDownloads, .files = {{"Downloads/archive/one", 9000}, {"Downloads/paper.pdf", 9000}},
+     .findings = {"archive, paper.pdf | review | Not opened in 180+ days"}, .goesByUse = true},
+    {.category = installers, .files = {{"Desktop/Editor.mpkg/Archive.pax", 9000}, {"Downloads/Viewer.dmg", 9000}},
+     .findings = {"Editor.mpkg, Viewer.dmg | review | Installer disk image or package; the app is usually already installed"}},
+    {.category = largeOldFiles, .files = {{"Films/trip.mov", 1 << 20}, {"Films/Raw/holiday.mov", 2 << 20}},
+     .findings = {"holiday.mov | caution | 2.1 MB file not opened since Jan 25, 2025",
+                  "trip.mov | caution | 1 MB file not opened since Jan 25, 2025"},
+     .measures = false, .goesByUse = true, .sparesFresh = false},
+    {.category = duplicates, .files = {{"Documents/plan.bin", 524288}, {"Music/plan copy.bin", 524288}},
+     .findings = {"plan copy.bin | review | Identical to ~/Documents/plan.bin (kept)"},
+     .measures = false, .sparesFresh = false},
+    {.category = similarPhotos,
+     .files = {{"Pictures/Trip/large.jpg", 0, "photo.jpg"}, {"Pictures/small.jpg", 0, "half.jpg"},
+               {"Desktop/slow.jpg", 0, "progressive.jpg"}, {"Desktop/phone.heic", 0, "photo.heic"},
+               {"Documents/web.png", 0, "color.png"}},
+     .findings = {"phone.heic, slow.jpg, small.jpg, web.png | review | Looks like large.jpg (kept: higher quality)"},
+     .measures = false, .sparesFresh = false},
+    {.category = cloudLocalCopies, .files = {{"Library/Mobile Documents/com~apple~CloudDocs/film.mov", 26 << 20}},
+     .findings = {"film.mov | safe | iCloud Drive: stays in the cloud, re-downloads when opened"},
+     .measures = false, .goesByUse = true, .sparesFresh = false},
 };
 // clang-format on
 
@@ -81,9 +114,22 @@ const ScannerFixture* scannerFixture(CleanCategory category) {
     return found == std::end(fixtures) ? nullptr : found;
 }
 
-void ageEverything(const TemporaryHome& home, double days) {
-    const Date date = addSeconds(currentDate(), -86400.0 * days);
-    for (const std::string& path : everythingBelow(home)) home.setDates(path, date);
+void makeFiles(const TemporaryHome& home, const char* path, const std::string& names, int64_t bytes) {
+    for (const std::string& name : splitOmittingEmpty(names, '|'))
+        home.fileOfSize(fmt::format(fmt::runtime(path), name), bytes);
+}
+
+void age(const TemporaryHome& home, std::string_view path, double days, std::optional<double> usedDays) {
+    const auto stamp = [](double back) {
+        const Date date = addSeconds(scanTime, -86400 * back);
+        return timespec{.tv_sec = date.time_since_epoch() / std::chrono::seconds(1), .tv_nsec = 0};
+    };
+    const timespec dates[2] = {stamp(usedDays.value_or(days)), stamp(days)};
+    ASSERT_EQ(::utimensat(AT_FDCWD, home.at(path).c_str(), dates, AT_SYMLINK_NOFOLLOW), 0) << path;
+}
+
+void ageEverything(const TemporaryHome& home, double days, std::optional<double> usedDays) {
+    for (const std::string& path : everythingBelow(home)) age(home, path, days, usedDays);
 }
 
 std::vector<std::string> everythingBelow(const TemporaryHome& home) {
@@ -98,9 +144,17 @@ std::vector<std::string> everythingBelow(const TemporaryHome& home) {
 ScanContext scanContext(const TemporaryHome& home, AppConfig config) {
     return {.paths = home.paths(),
             .config = std::move(config),
-            .now = currentDate(),
+            .now = scanTime,
             .isCancelled = [] { return false; },
             .report = [](CleanCategory, const std::string&) {}};
+}
+
+std::vector<ScanItem> scan(CleanCategory category, const ScanContext& context) {
+    return ScannerRegistry::scanners({category}).at(0)->scan(context).value();
+}
+
+std::vector<std::string> found(CleanCategory category, const ScanContext& context) {
+    return titlesOf(scan(category, context));
 }
 
 std::vector<std::string> titlesOf(const std::vector<ScanItem>& items) {
@@ -110,8 +164,18 @@ std::vector<std::string> titlesOf(const std::vector<ScanItem>& items) {
     return titles;
 }
 
-std::vector<std::string> found(const JunkScanner& scanner, const ScanContext& context) {
-    return titlesOf(scanner.scan(context).value());
+std::vector<std::string> linesOf(const std::vector<ScanItem>& items) {
+    constexpr const char* risks[] = {"safe", "review", "caution"};
+    std::map<std::string, std::vector<std::string>> titles;
+    for (const ScanItem& item : items)
+        titles[fmt::format(" | {} | {}", risks[size_t(item.risk)], item.reason)].push_back(item.title);
+    std::vector<std::string> lines;
+    for (auto& [rest, same] : titles) {
+        std::ranges::sort(same);
+        lines.push_back(fmt::format("{}{}", fmt::join(same, ", "), rest));
+    }
+    std::ranges::sort(lines);
+    return lines;
 }
 
 } // namespace loftmere::test

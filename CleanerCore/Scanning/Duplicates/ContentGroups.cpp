@@ -1,18 +1,98 @@
 #include "CleanerCore/Scanning/Duplicates/ContentGroups.h"
 
+#include "CleanerCore/Platform/RegularFile.h"
+
 #include <algorithm>
 #include <cstring>
-#include <functional>
+#include <map>
+#include <optional>
 #include <string_view>
+#include <utility>
 
 namespace loftmere {
+
+// One content on disk that is compared with others, under all the names it was found by.
+class ComparedFile {
+public:
+    // `names` lead to one inode and are not empty.
+    explicit ComparedFile(std::vector<const ListedFile*> names) : names_(std::move(names)) {}
+
+    // One entry for each inode, in the order of the list. Two paths to a file that has only one name are
+    // views of the same entry and not copies, so the later one is left out.
+    static std::vector<ComparedFile> oneForEachInode(std::span<const ListedFile* const> files);
+
+    // The names that have led to the file so far.
+    const std::vector<const ListedFile*>& names() const { return names_; }
+
+    // Opens the file for good. False when that is no longer possible, or when the file has changed since it
+    // was listed.
+    bool open();
+    bool isOpen() const { return file_.has_value(); }
+    void close() { file_.reset(); }
+
+    // Fills the block. False when the file cannot be read or ends too early. A file that is not open is
+    // opened for this one call.
+    bool read(int64_t offset, std::span<std::byte> block);
+
+    // Drops the names that no longer lead to the file as it was listed.
+    void dropChangedNames();
+
+private:
+    std::optional<RegularFile> opened();
+
+    std::vector<const ListedFile*> names_;
+    std::optional<RegularFile> file_;
+};
+
+std::vector<ComparedFile> ComparedFile::oneForEachInode(std::span<const ListedFile* const> files) {
+    std::vector<ComparedFile> contents;
+    contents.reserve(files.size());
+    std::map<std::pair<uint64_t, uint64_t>, size_t> known;
+    for (const ListedFile* file : files) {
+        const auto [place, isNew] =
+            known.try_emplace({file->status.device, file->status.inode}, contents.size());
+        if (isNew)
+            contents.emplace_back(std::vector{file});
+        else if (file->status.links > 1)
+            contents[place->second].names_.push_back(file);
+    }
+    return contents;
+}
+
+bool ComparedFile::open() {
+    if (!file_) file_ = opened();
+    return file_.has_value();
+}
+
+bool ComparedFile::read(int64_t offset, std::span<std::byte> block) {
+    const std::optional<RegularFile> forThisCall = file_ ? std::nullopt : opened();
+    const std::optional<RegularFile>& file = file_ ? file_ : forThisCall;
+    return file && file->read(offset, block) == block.size();
+}
+
+void ComparedFile::dropChangedNames() {
+    std::erase_if(names_, [](const ListedFile* name) {
+        const auto now = linkStatus(name->path);
+        return !now || !isSameUnchangedFile(*now, name->status);
+    });
+}
+
+// A name that is gone must not cost the others.
+std::optional<RegularFile> ComparedFile::opened() {
+    while (!names_.empty()) {
+        const ListedFile& name = *names_.front();
+        if (auto file = RegularFile::openUnchanged(name.path, name.status)) return file;
+        names_.erase(names_.begin());
+    }
+    return std::nullopt;
+}
 
 namespace {
 
 constexpr int64_t firstBlock = 16 * 1024;   // most files of one size differ in it
-constexpr int64_t blockLength = 128 * 1024; // two of them stay in the processor's cache
+constexpr int64_t blockLength = 128 * 1024; // two blocks stay in the processor's cache
 
-// What is read next at `offset`; from the second block on it ends at a multiple of the block length.
+// How much to read at `offset`. From the second block on, a block ends at a multiple of the block length.
 size_t lengthOfBlock(int64_t offset, int64_t size) {
     const int64_t wanted = offset == 0 ? firstBlock : blockLength - offset % blockLength;
     return static_cast<size_t>(std::min(wanted, size - offset));
@@ -26,7 +106,7 @@ size_t hashOf(std::span<const std::byte> block) {
     return std::hash<std::string_view>{}({reinterpret_cast<const char*>(block.data()), block.size()});
 }
 
-// Several names, be it of one file, can make a set.
+// Several names can make a set, even if they are of one file.
 bool haveSeveralNames(std::span<ComparedFile* const> members) {
     return members.size() > 1 || (members.size() == 1 && members.front()->names().size() > 1);
 }
@@ -37,7 +117,7 @@ ContentGroups::Set remainingNames(std::span<ComparedFile* const> members) {
         member->dropChangedNames();
         names.insert(names.end(), member->names().begin(), member->names().end());
     }
-    std::ranges::sort(names); // they point into one list
+    std::ranges::sort(names); // the names point into one list
     return names;
 }
 
@@ -67,8 +147,8 @@ std::vector<ContentGroups::Set> ContentGroups::split(std::span<const ListedFile*
     return sets;
 }
 
-// Reads on until one file is left or all have ended. Even an empty file, and one that has no equal but its
-// own other names, must prove that it can be opened.
+// Reads on until one file is left or all have ended. Even an empty file, and a file that equals only its own
+// other names, must prove that it can be opened.
 bool ContentGroups::proveEqual(Alike& alike) {
     do {
         compareBlock(alike);
@@ -77,7 +157,7 @@ bool ContentGroups::proveEqual(Alike& alike) {
     return true;
 }
 
-// Keeps those whose next block is that of the first file that can be read.
+// Keeps the files whose next block equals that of the first file that can be read.
 void ContentGroups::compareBlock(Alike& alike) {
     const size_t length = alike.members.size() > 1 ? lengthOfBlock(alike.offset, size_) : 0;
     const std::span model = std::span(model_).first(length);
@@ -98,8 +178,8 @@ void ContentGroups::compareBlock(Alike& alike) {
     alike.offset += static_cast<int64_t>(length);
 }
 
-// Files that differ from the first may still be equal to each other. The hash only keeps apart what is
-// certainly different, so that many different files cost no more than one more reading of this block.
+// Files that differ from the first may still be equal to each other. The hash only separates files that
+// certainly differ, so that many different files cost no more than reading this block once more.
 void ContentGroups::setAside(std::vector<Differing> differing, int64_t offset) {
     std::ranges::stable_sort(differing, {}, &Differing::hash);
     for (auto rest = std::span(differing); !rest.empty();) {

@@ -2,9 +2,9 @@
 
 #include "CleanerCore/Files/FS.h"
 #include "CleanerCore/Platform/DescriptorLimit.h"
+#include "CleanerCore/Platform/Directory.h"
 #include "CleanerCore/Safety/SafetyPolicy.h"
-#include "CleanerCore/Scanning/Duplicates/CandidateWalk.h"
-#include "CleanerCore/Scanning/Duplicates/ContentGroups.h"
+#include "CleanerCore/Scanning/ScannerRegistry.h"
 #include "CleanerCore/Support/Concurrent.h"
 #include "CleanerCore/Support/PathText.h"
 #include "CleanerCore/Support/Text.h"
@@ -17,6 +17,9 @@
 #include <iterator>
 #include <map>
 #include <ranges>
+#include <set>
+#include <span>
+#include <utility>
 
 namespace loftmere {
 
@@ -24,13 +27,13 @@ namespace {
 
 constexpr std::array defaultRoots{"Downloads", "Desktop", "Documents", "Movies", "Music", "Pictures"};
 
-// More than there are cores: while some wait for the disk, others compare, and what is in memory already
-// takes no longer by it.
+// More than there are cores: while some wait for the disk, others compare. With the files in memory this
+// takes no longer.
 constexpr size_t comparers = 8;
 constexpr size_t openFilesEach = 16;
 
-// How many files each may hold open. All together leave most of what the process may open to the other
-// scanners: a file that cannot be opened for want of descriptors would be missed as a copy.
+// How many files each comparer may hold open. All comparers together leave most descriptors to the other
+// scanners, since a file that cannot be opened for lack of one would be missed as a copy.
 size_t heldFilesEach() {
     return std::min(openFilesEach, descriptorLimit() / (4 * comparers));
 }
@@ -49,20 +52,88 @@ std::vector<std::string> rootPaths(const std::optional<std::vector<std::string>>
     return paths;
 }
 
+constexpr std::array<std::string_view, 4> skipDirs{".git", "node_modules", "Library", ".Trash"};
+
+// A package is one document to the user, so the files inside are not copies of anything.
+constexpr std::array<std::string_view, 10> skipPackageExts{
+    "app",       "photoslibrary", "musiclibrary", "fcpbundle", "logicx",
+    "xcodeproj", "xcworkspace",   "sparsebundle", "bundle",    "framework",
+};
+
+bool isAmong(std::span<const std::string_view> table, const std::string& word) {
+    return std::ranges::find(table, word) != table.end();
+}
+
+bool isEntered(const std::string& folderName) {
+    return !isAmong(skipDirs, folderName) && !isAmong(skipPackageExts, pathExtension(folderName));
+}
+
+// Lists the files that may be copies of each other, in one walk on one thread.
+class CandidateWalk {
+public:
+    // `context` must outlive the walk. Files below `minBytes` logical bytes are left out.
+    CandidateWalk(const ScanContext& context, int64_t minBytes) : context_(context), minBytes_(minBytes) {}
+
+    // The files below those of the folders that are real ones, the last folder first. Each folder is
+    // reported. A folder that cannot be read is skipped. When cancelled, the result is what has been found by
+    // then.
+    std::vector<ListedFile> below(std::vector<std::string> folders) {
+        std::erase_if(folders, [](const std::string& folder) { return !FS::isDirectory(folder); });
+        while (!folders.empty() && !context_.isCancelled()) {
+            const std::string folder = std::move(folders.back());
+            folders.pop_back();
+            if (!isFirstVisit(folder)) continue;
+            context_.report(CleanCategory::duplicates, folder);
+            list(folder, folders);
+        }
+        return std::move(found_);
+    }
+
+private:
+    // With overlapping roots, or a folder mounted in two places, a file would look like its own copy.
+    bool isFirstVisit(const std::string& folder) {
+        const auto status = linkStatus(folder);
+        return status && status->type == FileType::directory &&
+               visited_.emplace(status->device, status->inode).second;
+    }
+
+    void list(const std::string& folder, std::vector<std::string>& folders) {
+        for (const DirectoryEntry& entry : readDirectory(folder).value_or(std::vector<DirectoryEntry>{})) {
+            if (entry.name.starts_with('.') || entry.type == FileType::symlink || !isValidUTF8(entry.name))
+                continue;
+            if (entry.type != FileType::directory) {
+                if (context_.isCancelled()) return;
+                add(joinPath(folder, entry.name));
+            } else if (isEntered(entry.name)) {
+                folders.push_back(joinPath(folder, entry.name));
+            }
+        }
+    }
+
+    void add(std::string path) {
+        const auto status = linkStatus(path);
+        if (status && status->size >= minBytes_) found_.push_back({std::move(path), *status});
+    }
+
+    const ScanContext& context_;
+    int64_t minBytes_;
+    std::set<std::pair<uint64_t, uint64_t>> visited_; // device and inode
+    std::vector<ListedFile> found_;
+};
+
 using FileGroup = std::vector<const ListedFile*>;
 
-// A sparse file can claim more than its disk holds, and reading what is not there could take years. Any other
-// is read whole, if it takes minutes: not every file system tells truly where the holes of a file are, and
-// what is taken for equal must be equal.
+// A sparse file can claim more than its disk holds, and reading that could take years. Any other file is read
+// in full, even if it takes minutes: not every file system reports the holes of a file correctly, and files
+// that are taken for equal must be equal.
 bool fitsItsDisk(const ListedFile& file) {
-    constexpr int64_t readInSeconds = int64_t{4} << 30; // by far, so that a disk's answer does not matter
+    constexpr int64_t readInSeconds = int64_t{4} << 30; // so the size of the disk does not matter
     if (file.size() <= readInSeconds) return true;
     const auto space = FS::volumeSpace(file.path);
     return !space || file.size() <= space->total;
 }
 
-// Those of one size, the groups with the most to read first so that no thread is left with a large one at the
-// end.
+// The groups with the most to read come first, so that no thread is left with a large one at the end.
 std::vector<FileGroup> groupsOfOneSize(const std::vector<ListedFile>& files) {
     std::map<int64_t, FileGroup> bySize;
     for (const ListedFile& file : files) bySize[file.size()].push_back(&file);
@@ -91,7 +162,7 @@ std::vector<ContentGroups::Set> equalFiles(const std::vector<FileGroup>& groups,
     });
     std::vector<ContentGroups::Set> sets;
     for (auto& some : found) std::ranges::move(some, std::back_inserter(sets));
-    // The order of the walk, whichever thread was first.
+    // In the order of the walk, whichever thread was first.
     std::ranges::sort(sets, {}, [](const ContentGroups::Set& set) { return set.front(); });
     return sets;
 }
@@ -120,7 +191,7 @@ void proposeAllButOne(const ContentGroups::Set& set, const ScanContext& context,
     }
 }
 
-// How little a path deserves to be kept, the date aside.
+// How little a path deserves to be kept, apart from its date.
 std::pair<int, size_t> demerits(const std::string& path, std::string_view home) {
     static const RE2 secondCopy(R"(( copy| \(\p{Nd}+\)|-\p{Nd})\.)");
     const std::string landing[] = {joinPath(home, "Downloads/"), joinPath(home, "Desktop/")};
@@ -160,6 +231,10 @@ std::string DuplicateScanner::chooseKeeper(const std::vector<std::string>& urls,
         least = own;
     }
     return *best;
+}
+
+ScannerRegistry::Scanner ScannerRegistry::makeDuplicateScanner() {
+    return std::make_unique<DuplicateScanner>();
 }
 
 } // namespace loftmere

@@ -13,10 +13,10 @@ namespace {
 
 constexpr int64_t blockLength = 128 * 1024; // stays in the processor's cache between reading and hashing
 constexpr int64_t stepLength = 2 * 1024 * 1024;
-constexpr int64_t stepsAhead = 4; // what a disk has in hand at once
+constexpr int64_t stepsAhead = 4; // requests that a disk works on at once
 
-// While one stretch is being hashed, the next few are on their way from the disk: all of them at the
-// beginning, then one more after each.
+// While one step is hashed, the next few are on their way from the disk: at the beginning all of them, then
+// one more after each step.
 void expectNext(const RegularFile& file, int64_t offset, int64_t end) {
     if (offset % stepLength != 0) return;
     const int64_t first = offset == 0 ? 0 : offset + (stepsAhead - 1) * stepLength;

@@ -1,8 +1,7 @@
-#include "CleanerCore/Scanning/Photos/SimilarPhotosScanner.h"
-
 #include "CleanerCore/Files/VisibleTree.h"
 #include "CleanerCore/Platform/Place.h"
 #include "CleanerCore/Scanning/Photos/Likeness.h"
+#include "CleanerCore/Scanning/ScannerRegistry.h"
 #include "CleanerCore/Support/Concurrent.h"
 #include "CleanerCore/Support/PathText.h"
 #include "CleanerCore/Support/Text.h"
@@ -148,7 +147,14 @@ ScanItem itemFor(const PhotoFile& file, const std::string& keeperName) {
                            .lastUsed = FS::lastUsedDate(file.path)});
 }
 
-} // namespace
+// Finds photographs that look alike though their bytes differ (exported again, shot in a burst, made
+// smaller), keeps the best of each set and proposes the others for review. Finds nothing when it is cancelled
+// before all pictures have been read, since an incomplete set could propose its best member.
+class SimilarPhotosScanner : public JunkScanner {
+public:
+    CleanCategory category() const override { return CleanCategory::similarPhotos; }
+    Result<std::vector<ScanItem>> scan(const ScanContext& context) const override;
+};
 
 Result<std::vector<ScanItem>> SimilarPhotosScanner::scan(const ScanContext& context) const {
     std::vector<ScanItem> items;
@@ -164,6 +170,12 @@ Result<std::vector<ScanItem>> SimilarPhotosScanner::scan(const ScanContext& cont
         }
     }
     return items;
+}
+
+} // namespace
+
+ScannerRegistry::Scanner ScannerRegistry::makeSimilarPhotosScanner() {
+    return std::make_unique<SimilarPhotosScanner>();
 }
 
 } // namespace loftmere

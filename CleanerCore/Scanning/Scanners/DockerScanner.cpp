@@ -1,15 +1,8 @@
-#include "CleanerCore/Scanning/Scanners/DockerScanner.h"
-
 #include "CleanerCore/Process/Shell.h"
-#include "CleanerCore/Support/Text.h"
-
-#include <nlohmann/json.hpp>
+#include "CleanerCore/Scanning/ScannerRegistry.h"
+#include "CleanerCore/Scanning/Scanners/ForeignText.h"
 
 #include <array>
-#include <locale>
-#include <map>
-#include <optional>
-#include <sstream>
 
 namespace loftmere {
 
@@ -18,7 +11,7 @@ namespace {
 struct Reclaimable {
     const char* type; // as Docker calls it
     const char* title;
-    std::array<const char*, 4> arguments; // the rest is null
+    std::array<const char*, 4> arguments; // unused ones are null
     Risk risk;
     const char* reason;
 };
@@ -33,38 +26,7 @@ constexpr std::array reclaimables{
     Reclaimable{"Local Volumes", "Unused Docker volumes",     {"volume", "prune", "-f"},      caution, "Volumes may hold database data"},
 };
 
-struct Unit {
-    std::string_view suffix;
-    double bytes;
-};
-
-constexpr std::array units{
-    Unit{"TB", 1e12}, Unit{"GB", 1e9}, Unit{"MB", 1e6}, Unit{"kB", 1e3}, Unit{"KB", 1e3}, Unit{"B", 1},
-};
 // clang-format on
-
-// A whole text as a number, whatever decimal point the user's locale has.
-double numberIn(std::string_view text) {
-    std::istringstream stream{std::string(text)};
-    stream.imbue(std::locale::classic());
-    double number = 0;
-    stream >> std::noskipws >> number;
-    return !stream.fail() && stream.peek() == std::istringstream::traits_type::eof() ? number : 0;
-}
-
-// What each type can give back, by Docker's own lines of JSON.
-std::map<std::string, int64_t> sizesIn(const std::string& output) {
-    std::map<std::string, int64_t> sizes;
-    for (const std::string& line : splitOmittingEmpty(output, '\n')) {
-        const auto row = parseJson(line);
-        if (!row || !row->is_object()) continue;
-        const auto type = row->find("Type");
-        const auto size = row->find("Reclaimable");
-        if (type == row->end() || !type->is_string() || size == row->end() || !size->is_string()) continue;
-        sizes[type->get<std::string>()] = DockerScanner::parseSize(size->get<std::string>());
-    }
-    return sizes;
-}
 
 ScanItem itemFor(const Reclaimable& row, int64_t size) {
     CommandSpec command{.executable = "docker", .arguments = {}};
@@ -79,34 +41,36 @@ ScanItem itemFor(const Reclaimable& row, int64_t size) {
                            .reason = row.reason});
 }
 
+// Proposes what Docker itself says it can reclaim, as commands of its own. Finds nothing where Docker is
+// missing, stopped or does not answer.
+class DockerScanner : public JunkScanner {
+public:
+    explicit DockerScanner(double toolLimit) : toolLimit_(toolLimit) {}
+
+    CleanCategory category() const override { return CleanCategory::docker; }
+
+    Result<std::vector<ScanItem>> scan(const ScanContext& context) const override {
+        std::vector<ScanItem> items;
+        if (!Shell::which("docker")) return items;
+        const auto answer = Shell::run("docker", {"system", "df", "--format", "{{json .}}"}, toolLimit_, {},
+                                       context.isCancelled);
+        if (!answer.ok()) return items;
+        const auto sizes = ForeignText::reclaimableSizes(answer.out);
+        for (const Reclaimable& row : reclaimables) {
+            const auto size = sizes.find(row.type);
+            if (size != sizes.end() && size->second >= 1) items.push_back(itemFor(row, size->second));
+        }
+        return items;
+    }
+
+private:
+    double toolLimit_;
+};
+
 } // namespace
 
-Result<std::vector<ScanItem>> DockerScanner::scan(const ScanContext& context) const {
-    std::vector<ScanItem> items;
-    if (!Shell::which("docker")) return items;
-    const auto answer =
-        Shell::run("docker", {"system", "df", "--format", "{{json .}}"}, toolLimit_, {}, context.isCancelled);
-    if (!answer.ok()) return items;
-    const auto sizes = sizesIn(answer.out);
-    for (const Reclaimable& row : reclaimables) {
-        const auto size = sizes.find(row.type);
-        if (size != sizes.end() && size->second >= 1) items.push_back(itemFor(row, size->second));
-    }
-    return items;
-}
-
-int64_t DockerScanner::parseSize(std::string_view text) {
-    const size_t blank = text.find(' ');
-    if (blank != 0) text = text.substr(0, blank);
-    for (const Unit& unit : units) {
-        if (!text.ends_with(unit.suffix)) continue;
-        text.remove_suffix(unit.suffix.size());
-        const double bytes = numberIn(text) * unit.bytes;
-        // No disk holds what a 64-bit count cannot; nor is a number that is none worth a guess.
-        const bool fits = bytes > -0x1p63 && bytes < 0x1p63;
-        return fits ? static_cast<int64_t>(bytes) : 0;
-    }
-    return 0;
+ScannerRegistry::Scanner ScannerRegistry::makeDockerScanner(double toolLimit) {
+    return std::make_unique<DockerScanner>(toolLimit);
 }
 
 } // namespace loftmere

@@ -1,9 +1,8 @@
-#include "CleanerCore/Scanning/Scanners/LargeOldFilesScanner.h"
-
 #include "CleanerCore/Files/FS.h"
 #include "CleanerCore/Platform/FileStatus.h"
 #include "CleanerCore/Platform/User.h"
 #include "CleanerCore/Platform/Volume.h"
+#include "CleanerCore/Scanning/ScannerRegistry.h"
 #include "CleanerCore/Support/ByteFormat.h"
 #include "CleanerCore/Support/DateText.h"
 #include "CleanerCore/Support/PathText.h"
@@ -24,14 +23,14 @@ constexpr std::array<std::string_view, 8> skipDirs{
     "Library", ".Trash", "node_modules", ".git", "Applications", ".docker", "Pictures", ".cache",
 };
 
-// Packages: folders that their application keeps as one document.
+// Packages: folders that an application shows as one document.
 constexpr std::array<std::string_view, 10> skipExtensions{
     "photoslibrary", "musiclibrary", "tvlibrary", "app", "fcpbundle",
     "logicx",        "sparsebundle", "vmwarevm",  "pvm", "utm",
 };
 
-constexpr int deepest = 12;             // the depth of the deepest folders that are listed
-constexpr size_t entriesBetween = 2000; // questions about cancelling, within one folder
+constexpr int deepest = 12; // the deepest folders that are listed
+constexpr size_t entriesBetweenQuestions = 2000;
 
 bool isSkippedByName(const std::string& name) {
     const std::string extension = asciiLowercased(pathExtension(name));
@@ -39,7 +38,7 @@ bool isSkippedByName(const std::string& name) {
            std::ranges::find(skipExtensions, extension) != skipExtensions.end();
 }
 
-// One walk through the home folder.
+// One walk through the home folder, which finds the large files that were not opened for long.
 class Walk {
 public:
     Walk(const ScanContext& context, CleanCategory category)
@@ -76,7 +75,7 @@ private:
     bool list(const Folder& folder) {
         size_t seen = 0;
         for (const DirectoryEntry& entry : FS::entries(folder.path)) {
-            if (++seen % entriesBetween == 0 && context_.isCancelled()) return false;
+            if (++seen % entriesBetweenQuestions == 0 && context_.isCancelled()) return false;
             std::string path = joinPath(folder.path, entry.name);
             context_.report(category_, path);
             if (entry.type == FileType::symlink) continue;
@@ -88,7 +87,7 @@ private:
         return true;
     }
 
-    // Folders of one device share their volume, so that is asked once for each.
+    // Folders on one device are on the same volume, so its kind is asked once for each device.
     bool isOnHomeVolume(const std::string& folder) {
         const auto status = linkStatus(folder);
         if (!status) return true;
@@ -125,10 +124,19 @@ private:
     std::vector<ScanItem> items_;
 };
 
+class LargeOldFilesScanner : public JunkScanner {
+public:
+    CleanCategory category() const override { return CleanCategory::largeOldFiles; }
+
+    Result<std::vector<ScanItem>> scan(const ScanContext& context) const override {
+        return Walk(context, category()).run();
+    }
+};
+
 } // namespace
 
-Result<std::vector<ScanItem>> LargeOldFilesScanner::scan(const ScanContext& context) const {
-    return Walk(context, category()).run();
+ScannerRegistry::Scanner ScannerRegistry::makeLargeOldFilesScanner() {
+    return std::make_unique<LargeOldFilesScanner>();
 }
 
 } // namespace loftmere

@@ -1,7 +1,5 @@
-#include "CleanerCore/Scanning/Scanners/PackageCachesScanner.h"
-
 #include "CleanerCore/Files/FS.h"
-#include "CleanerCore/Scanning/Scanners/PathFinding.h"
+#include "CleanerCore/Scanning/ScannerRegistry.h"
 
 #include <array>
 
@@ -48,24 +46,34 @@ constexpr std::array caches{
 };
 // clang-format on
 
+// Proposes what the developers' package managers have downloaded and can download again.
+class PackageCachesScanner : public JunkScanner {
+public:
+    CleanCategory category() const override { return CleanCategory::packageCaches; }
+
+    Result<std::vector<ScanItem>> scan(const ScanContext& context) const override {
+        std::vector<ScanItem> items;
+        for (const Cache& cache : caches) {
+            if (context.isCancelled()) continue;
+            const std::string path = context.homeURL(cache.path);
+            context.report(category(), path);
+            if (!FS::exists(path)) continue;
+            const PathFinding finding{.category = category(),
+                                      .risk = cache.risk,
+                                      .reason = cache.risk == safe
+                                                    ? "Re-downloaded on demand by the tool"
+                                                    : "Re-downloadable, but may be large to fetch again",
+                                      .minimum = 1048576};
+            finding.propose(context, path, items, cache.title);
+        }
+        return items;
+    }
+};
+
 } // namespace
 
-Result<std::vector<ScanItem>> PackageCachesScanner::scan(const ScanContext& context) const {
-    std::vector<ScanItem> items;
-    for (const Cache& cache : caches) {
-        if (context.isCancelled()) continue;
-        const std::string path = context.homeURL(cache.path);
-        context.report(category(), path);
-        if (!FS::exists(path)) continue;
-        const PathFinding finding{.category = category(),
-                                  .risk = cache.risk,
-                                  .reason = cache.risk == safe
-                                                ? "Re-downloaded on demand by the tool"
-                                                : "Re-downloadable, but may be large to fetch again",
-                                  .minimum = 1048576};
-        if (auto item = finding.propose(context, path, cache.title)) items.push_back(std::move(*item));
-    }
-    return items;
+ScannerRegistry::Scanner ScannerRegistry::makePackageCachesScanner() {
+    return std::make_unique<PackageCachesScanner>();
 }
 
 } // namespace loftmere

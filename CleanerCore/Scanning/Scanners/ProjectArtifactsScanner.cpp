@@ -1,9 +1,7 @@
-#include "CleanerCore/Scanning/Scanners/ProjectArtifactsScanner.h"
-
 #include "CleanerCore/Files/FS.h"
 #include "CleanerCore/Safety/SafetyPolicy.h"
+#include "CleanerCore/Scanning/ScannerRegistry.h"
 #include "CleanerCore/Scanning/Scanners/ListingAhead.h"
-#include "CleanerCore/Scanning/Scanners/PathFinding.h"
 #include "CleanerCore/Scanning/Scanners/ProjectArtifacts.h"
 #include "CleanerCore/Support/PathText.h"
 
@@ -18,7 +16,7 @@ namespace loftmere {
 namespace {
 
 using ProjectArtifacts::Kind;
-using Names = ProjectArtifactsScanner::Names;
+using ProjectArtifacts::Names;
 using Entries = std::vector<DirectoryEntry>;
 
 constexpr int deepestPushedFrom = 6; // so folders down to depth 7 are listed
@@ -34,7 +32,7 @@ const Names& artifactNames() {
     return names;
 }
 
-// Whatever bears an artifact's name hides what lies below it, proved or not.
+// A folder with an artifact's name hides what is below it, whether it is proved to be one or not.
 bool isEntered(const DirectoryEntry& entry, int depth) {
     const auto& never = ProjectArtifacts::neverDescend;
     return depth <= deepestPushedFrom && !artifactNames().contains(entry.name) &&
@@ -60,7 +58,7 @@ public:
         : context_(context),
           category_(category),
           cutoff_(context.daysAgo(context.config.staleProjectDays)),
-          folders_(ProjectArtifactsScanner::roots(context), isEntered, context.isCancelled) {}
+          folders_(ProjectArtifacts::roots(context), isEntered, context.isCancelled) {}
 
     std::vector<ScanItem> run() {
         while (!context_.isCancelled()) {
@@ -85,7 +83,7 @@ private:
     void handle(const std::string& project, const std::string& artifact, const Kind& kind) {
         if (!handled_.insert(artifact).second) return;
         const auto activity = activityOf(project);
-        // Half a reading might miss the newest work, so a cancelled one decides nothing.
+        // A reading that was cancelled may have missed the newest work, so it decides nothing.
         if (!activity || *activity >= cutoff_ || context_.isCancelled()) return;
         const std::string name = lastPathComponent(project);
         const auto days = static_cast<int64_t>(secondsBetween(*activity, context_.now) / 86400);
@@ -96,15 +94,13 @@ private:
             .risk = Risk::safe,
             .reason = fmt::format("{} untouched for {} days. Restore with: {}", name, days, kind.restore),
             .minimum = 1048576};
-        const std::string title = name + "/" + lastPathComponent(artifact);
-        if (auto item = finding.propose(context_, artifact, title)) items_.push_back(std::move(*item));
+        finding.propose(context_, artifact, items_, name + "/" + lastPathComponent(artifact));
     }
 
-    // Read once for all artifacts of the folder in hand.
+    // Read once for all artifacts in the current folder.
     std::optional<Date> activityOf(const std::string& project) {
         if (!activity_) {
-            activity_ =
-                ProjectArtifactsScanner::projectActivity(project, artifactNames(), context_.isCancelled);
+            activity_ = ProjectArtifacts::projectActivity(project, artifactNames(), context_.isCancelled);
         }
         return *activity_;
     }
@@ -114,11 +110,11 @@ private:
     Date cutoff_;
     ListingAhead folders_;
     std::unordered_set<std::string> handled_;
-    std::optional<std::optional<Date>> activity_; // of the folder in hand, once it is known
+    std::optional<std::optional<Date>> activity_; // of the current folder, once it is read
     std::vector<ScanItem> items_;
 };
 
-// Gathers the newest of many dates.
+// Keeps the newest of many dates.
 class Newest {
 public:
     explicit Newest(const std::function<bool()>& cancel) : cancel_(cancel) {}
@@ -143,20 +139,30 @@ bool lookInto(const std::string& folder, Newest& newest) {
         entries, [&](const DirectoryEntry& entry) { return newest.look(joinPath(folder, entry.name)); });
 }
 
+// Proposes what the tools of software projects make and can make again (dependencies, build output, virtual
+// environments) in projects that nobody has worked on for `staleProjectDays` days.
+class ProjectArtifactsScanner : public JunkScanner {
+public:
+    CleanCategory category() const override { return CleanCategory::projectArtifacts; }
+
+    Result<std::vector<ScanItem>> scan(const ScanContext& context) const override {
+        return Walk(context, category()).run();
+    }
+};
+
 } // namespace
 
-Result<std::vector<ScanItem>> ProjectArtifactsScanner::scan(const ScanContext& context) const {
-    return Walk(context, category()).run();
+ScannerRegistry::Scanner ScannerRegistry::makeProjectArtifactsScanner() {
+    return std::make_unique<ProjectArtifactsScanner>();
 }
 
-std::vector<std::string> ProjectArtifactsScanner::roots(const ScanContext& context) {
+std::vector<std::string> ProjectArtifacts::roots(const ScanContext& context) {
     std::vector<std::string> paths;
     for (const std::string& root : context.config.developerRoots) {
         paths.push_back(SafetyPolicy::normalize(root, context.home()));
     }
     if (paths.empty()) {
-        for (const std::string_view root : ProjectArtifacts::usualRoots)
-            paths.push_back(context.homeURL(root));
+        for (const std::string_view root : usualRoots) paths.push_back(context.homeURL(root));
     }
     // By identity, since on many disks "code" and "Code" are one folder.
     std::set<std::pair<uint64_t, uint64_t>> seen;
@@ -168,9 +174,8 @@ std::vector<std::string> ProjectArtifactsScanner::roots(const ScanContext& conte
     return paths;
 }
 
-std::optional<Date> ProjectArtifactsScanner::projectActivity(const std::string& folder,
-                                                             const Names& excluding,
-                                                             const std::function<bool()>& cancel) {
+std::optional<Date> ProjectArtifacts::projectActivity(const std::string& folder, const Names& excluding,
+                                                      const std::function<bool()>& cancel) {
     Newest newest(cancel);
     for (const DirectoryEntry& entry : FS::entries(folder)) {
         if (excluding.contains(entry.name)) continue;

@@ -1,7 +1,6 @@
 #include "CleanerCore/Files/FS.h"
-#include "CleanerCore/Process/Shell.h"
 #include "CleanerCore/Scanning/Scanners/ListingAhead.h"
-#include "CleanerCore/Scanning/Scanners/ProjectArtifactsScanner.h"
+#include "CleanerCore/Scanning/Scanners/ProjectArtifacts.h"
 #include "CleanerCore/Support/PathText.h"
 #include "tests/Support/ScannerFixtures.h"
 
@@ -26,15 +25,7 @@ void project(const test::TemporaryHome& home, const std::string& name, const std
 }
 
 std::vector<std::string> found(const test::TemporaryHome& home, AppConfig config = {}) {
-    return test::found(ProjectArtifactsScanner(), test::scanContext(home, std::move(config)));
-}
-
-// Runs git without the user's own settings; skips the test where there is none.
-void git(const std::string& folder, std::vector<std::string> arguments) {
-    arguments.insert(arguments.begin(),
-                     {"-C", folder, "-c", "user.name=A", "-c", "user.email=a@example.com"});
-    const auto result = Shell::run("git", arguments, 30);
-    ASSERT_TRUE(result.ok()) << result.err;
+    return test::found(CleanCategory::projectArtifacts, test::scanContext(home, std::move(config)));
 }
 
 } // namespace
@@ -59,8 +50,8 @@ TEST(ProjectArtifacts, AMarkerProvesTheProject) {
     home.file("Projects/linked/package.json", "{}");
     home.link("Projects/linked/node_modules", home.at("Projects/node/node_modules"));
     test::ageEverything(home, 100.5);
-    home.setAgeDays("Projects/fresh/node_modules", 0.01);
-    const auto items = ProjectArtifactsScanner().scan(test::scanContext(home)).value();
+    test::age(home, "Projects/fresh/node_modules", 0.01);
+    const auto items = test::scan(CleanCategory::projectArtifacts, test::scanContext(home));
     EXPECT_THAT(test::titlesOf(items), ElementsAre("entered/node_modules", "kotlin/.gradle",
                                                    "node/node_modules", "python/venv", "rust/target"));
     for (const ScanItem& item : items) {
@@ -73,35 +64,17 @@ TEST(ProjectArtifacts, AMarkerProvesTheProject) {
 TEST(ProjectArtifacts, ActivityIsTheProjectsOwnWork) {
     const std::pair<const char*, bool> cases[]{{"package.json", false},    {"src/main.js", false},
                                                {"src/deep/main.js", true}, {"node_modules/data", true},
+                                               {".git/index", false},      {".git/HEAD", false},
                                                {".git/FETCH_HEAD", false}, {".git/config", true}};
     for (const auto& [changed, stale] : cases) {
         const test::TemporaryHome home;
         project(home, "app", "package.json", "node_modules");
-        for (const char* name : {"src/main.js", "src/deep/main.js", ".git/FETCH_HEAD", ".git/config"}) {
-            home.file(std::string("Projects/app/") + name, "x");
-        }
+        test::makeFiles(home, "Projects/app/{}",
+                        "src/main.js|src/deep/main.js|.git/index|.git/HEAD|.git/FETCH_HEAD|.git/config");
         test::ageEverything(home, 60);
-        home.setAgeDays(std::string("Projects/app/") + changed, 1);
+        test::age(home, std::string("Projects/app/") + changed, 1);
         EXPECT_EQ(found(home).empty(), !stale) << changed;
     }
-}
-
-TEST(ProjectArtifacts, ARealCommitCountsAsWork) {
-    if (!Shell::which("git")) GTEST_SKIP() << "git is not installed";
-    const test::TemporaryHome home;
-    project(home, "app", "package.json", "node_modules");
-    home.file("Projects/app/src/lib/main.js", "x");
-    git(home.at("Projects/app"), {"init", "-q"});
-    git(home.at("Projects/app"), {"add", "package.json", "src"});
-    git(home.at("Projects/app"), {"commit", "-q", "-m", "one"});
-    test::ageEverything(home, 60);
-    EXPECT_THAT(found(home), ElementsAre("app/node_modules"));
-    home.file("Projects/app/src/lib/main.js", "y");
-    git(home.at("Projects/app"), {"commit", "-q", "-a", "-m", "two"});
-    for (const char* listed : {"src", "src/lib", ".git", "package.json"}) {
-        home.setAgeDays(std::string("Projects/app/") + listed, 60);
-    }
-    EXPECT_THAT(found(home), IsEmpty());
 }
 
 TEST(ProjectArtifacts, DepthAndRoots) {
@@ -117,10 +90,8 @@ TEST(ProjectArtifacts, DepthAndRoots) {
     EXPECT_THAT(found(home, {.developerRoots = {"~/Projects/1", "~/Projects//1/2/.."}}),
                 ElementsAre("7/node_modules", "8/node_modules"));
     const AppConfig config{.developerRoots = {"~/other", "~/Code", home.at("other") + "/"}};
-    EXPECT_THAT(ProjectArtifactsScanner::roots(test::scanContext(home, config)),
-                ElementsAre(home.at("other")));
-    EXPECT_THAT(ProjectArtifactsScanner::roots(test::scanContext(home, {})),
-                ElementsAre(home.at("Projects")));
+    EXPECT_THAT(ProjectArtifacts::roots(test::scanContext(home, config)), ElementsAre(home.at("other")));
+    EXPECT_THAT(ProjectArtifacts::roots(test::scanContext(home, {})), ElementsAre(home.at("Projects")));
 }
 
 TEST(ProjectArtifacts, ActivityLooksAtTwoHundredEntriesOfAFolder) {
@@ -129,13 +100,13 @@ TEST(ProjectArtifacts, ActivityLooksAtTwoHundredEntriesOfAFolder) {
     test::ageEverything(home, 60);
     int reached = 0;
     for (int i = 0; i < 300; ++i) {
-        home.setAgeDays("p/src/" + std::to_string(i), 1);
-        const auto activity = ProjectArtifactsScanner::projectActivity(home.at("p"), {});
-        if (secondsBetween(*activity, currentDate()) < 86400 * 2) ++reached;
-        home.setAgeDays("p/src/" + std::to_string(i), 60);
+        test::age(home, "p/src/" + std::to_string(i), 1);
+        const auto activity = ProjectArtifacts::projectActivity(home.at("p"), {});
+        if (*activity > test::scanContext(home).daysAgo(2)) ++reached;
+        test::age(home, "p/src/" + std::to_string(i), 60);
     }
     EXPECT_EQ(reached, 200);
-    EXPECT_EQ(ProjectArtifactsScanner::projectActivity(home.at("missing"), {}), std::nullopt);
+    EXPECT_EQ(ProjectArtifacts::projectActivity(home.at("missing"), {}), std::nullopt);
 }
 
 TEST(ListingAhead, KeepsTheOrderOfAWalkThatListsOneFolderAfterTheOther) {
