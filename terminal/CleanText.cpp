@@ -3,7 +3,7 @@
 #include "CleanerCore/Support/ByteFormat.h"
 #include "CleanerCore/Support/ByteSum.h"
 #include "CleanerCore/Support/Text.h"
-#include "terminal/Layout.h"
+#include "terminal/Findings.h"
 
 #include <fmt/format.h>
 
@@ -46,33 +46,22 @@ const Group& groupOf(CleanAction action) {
     return groups.back();
 }
 
-Row rowOf(Program& program, const ScanItem& item, const CleanPlan& plan) {
-    const std::string* path = item.anyPath();
-    return {.size = item.size,
-            .tag = riskTag(item.risk),
-            .tagInk = inkOf(item.risk),
-            .title = path != nullptr ? program.shown(*path) : printable(item.title),
-            .titleIsPath = path != nullptr,
-            .note = printable(plan.message)};
-}
-
-void printGroup(Program& program, const Group& group, const std::vector<Row>& rows, bool full) {
+void printGroup(Program& program, const Group& group, const std::vector<Row>& rows, bool verbose) {
     Console& console = program.console();
-    int64_t bytes = 0;
-    for (const Row& row : rows) addBytes(bytes, row.size.value_or(0));
-    printHeading(console, group.heading,
-                 fmt::format("{}  {:>9}", counted(rows.size(), "item"), ByteFormat::string(bytes)));
+    Extent extent;
+    for (const Row& row : rows) extent.add(row.size.value_or(0));
+    printHeading(console, group.heading, extent);
     std::string note = group.note;
     if (group.action == CleanAction::quarantine) {
         const auto days = static_cast<size_t>(program.model().config->quarantineRetentionDays);
         note = fmt::format("Quarantined items can be restored for {}.", counted(days, "day"));
     }
     if (!note.empty()) printParagraph(console, Ink::dim, note, noteIndent);
-    printRows(console, rows, full);
+    printRows(console, rows, verbose);
     console.printLine();
 }
 
-// A removal that reaches the user's other machines is told before all else can be agreed to.
+// Says which removals reach the user's other machines.
 void warnOfSynced(Console& console, const CleanPreview& preview) {
     size_t count = 0;
     std::set<std::string> providers;
@@ -92,14 +81,28 @@ void warnOfSynced(Console& console, const CleanPreview& preview) {
     console.printLine();
 }
 
-// The summary speaks of bytes; where there were items but no bytes, it would deny that anything was asked.
+// Says what a clean also gives up.
+void printExpired(Program& program) {
+    ExpiredPurge expired;
+    for (const QuarantineSession& session : *program.model().sessions) {
+        if (session.expiresAt > currentDate()) continue;
+        expired.purged.push_back(session.id);
+        addBytes(expired.bytes, session.totalSize());
+    }
+    if (expired.purged.empty()) return;
+    printParagraph(program.console(), Ink::yellow,
+                   fmt::format("Also deletes from quarantine: {}.", shownPurge(expired)), 0);
+    program.console().printLine();
+}
+
+// The summary counts bytes only. Items without bytes were cleaned all the same.
 std::string summaryOf(const std::vector<ScanItem>& items, const CleanReport& report, bool dryRun) {
     const bool hasBytes = report.totalHandledBytes() > 0 || !report.failures.empty();
     if (hasBytes || items.empty() || dryRun) return AppModel::summary(report, dryRun);
     return "Cleaned " + counted(static_cast<size_t>(report.itemsProcessed), "item");
 }
 
-// The id of an item tells by a prefix how it is removed, which is nothing to a person.
+// An id begins with how the item is removed, which says nothing to a person.
 std::string nameOf(const std::string& itemID, std::span<const ScanItem> items) {
     const auto item = std::ranges::find(items, itemID, &ScanItem::id);
     if (item == items.end()) return itemID;
@@ -119,23 +122,23 @@ bool canBeUndone(Program& program, const CleanReport& report) {
 Extent extentOf(const std::vector<ScanItem>& items, const CleanPreview& preview) {
     Extent extent;
     for (size_t i = 0; i < items.size(); ++i) {
-        if (!groupOf(preview.plans[i].action).acts) continue;
-        ++extent.count;
-        addBytes(extent.bytes, items[i].size);
+        if (groupOf(preview.plans[i].action).acts) extent.add(items[i].size);
     }
     return extent;
 }
 
 void printPreview(Program& program, const std::vector<ScanItem>& items, const CleanPreview& preview,
-                  bool full) {
+                  bool verbose) {
     for (const Group& group : groups) {
         std::vector<Row> rows;
         for (size_t i = 0; i < items.size(); ++i) {
-            if (preview.plans[i].action == group.action)
-                rows.push_back(rowOf(program, items[i], preview.plans[i]));
+            if (preview.plans[i].action != group.action) continue;
+            rows.push_back(findingRow(program, items[i]));
+            rows.back().note = shownMessage(preview.plans[i].message);
         }
-        if (!rows.empty()) printGroup(program, group, rows, full);
+        if (!rows.empty()) printGroup(program, group, rows, verbose);
     }
+    if (!items.empty()) printExpired(program);
     warnOfSynced(program.console(), preview);
 }
 
@@ -146,9 +149,8 @@ void printFailures(Program& program, std::string_view heading, std::span<const C
     console.printLine(console.paint(Ink::red, heading));
     std::vector<Row> rows;
     for (const CleanFailure& failure : failures) {
-        rows.push_back({.title = program.shown(nameOf(failure.itemID, items)),
-                        .titleIsPath = true,
-                        .note = printable(failure.message)});
+        rows.push_back(targetRow(program, nameOf(failure.itemID, items)));
+        rows.back().note = shownMessage(failure.message);
     }
     printRows(console, rows);
     console.printLine();
@@ -156,7 +158,7 @@ void printFailures(Program& program, std::string_view heading, std::span<const C
 
 void printCleanReport(Program& program, const std::vector<ScanItem>& items, const CleanReport& report,
                       bool dryRun) {
-    // The preview has told a dry run's failures with each item.
+    // The preview of a dry run has shown each failure with its item.
     if (!dryRun) printFailures(program, "Failed", report.failures, items);
     Console& console = program.console();
     console.printLine(console.paint(Ink::bold, summaryOf(items, report, dryRun)));
@@ -164,9 +166,12 @@ void printCleanReport(Program& program, const std::vector<ScanItem>& items, cons
     if (items.empty()) return;
     if (canBeUndone(program, report))
         console.printLine(fmt::format("Undo with: loftmere undo {}", printable(*report.quarantineSessionID)));
-    if (const auto& space = *program.model().space)
-        console.printLine(
-            fmt::format("{} free of {}", ByteFormat::string(space->free), ByteFormat::string(space->total)));
+    if (const auto& space = *program.model().space) console.printLine(shownSpace(*space));
+}
+
+std::string shownPurge(const ExpiredPurge& purge) {
+    return fmt::format("{}, {}", counted(purge.purged.size(), "expired session"),
+                       ByteFormat::string(purge.bytes));
 }
 
 } // namespace loftmere

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "terminal/Layout.h"
 #include "terminal/Program.h"
 
 #include <span>
@@ -9,17 +10,13 @@
 // What people read about a clean, before and after.
 namespace loftmere {
 
-// How many of the items a clean would act on, and their bytes.
-struct Extent {
-    size_t count = 0;
-    int64_t bytes = 0;
-};
+// The items that a clean would act on.
 Extent extentOf(const std::vector<ScanItem>& items, const CleanPreview& preview);
 
-// Shows what a clean would do, item by item, grouped by what becomes of them. Without `full`, a terminal sees
-// only the first items of each group.
+// Shows what a clean would do, item by item, grouped by what becomes of them. Unless `verbose`, a
+// terminal sees only the first items of each group.
 void printPreview(Program& program, const std::vector<ScanItem>& items, const CleanPreview& preview,
-                  bool full);
+                  bool verbose);
 
 // What a clean of the items did, or would do: what failed and why, the sum, and how to undo it.
 void printCleanReport(Program& program, const std::vector<ScanItem>& items, const CleanReport& report,
@@ -29,5 +26,8 @@ void printCleanReport(Program& program, const std::vector<ScanItem>& items, cons
 // named as people know them, others by their id.
 void printFailures(Program& program, std::string_view heading, std::span<const CleanFailure> failures,
                    std::span<const ScanItem> items = {});
+
+// "2 expired sessions, 5 MB".
+std::string shownPurge(const ExpiredPurge& purge);
 
 } // namespace loftmere

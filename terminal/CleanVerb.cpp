@@ -1,8 +1,7 @@
 #include "CleanerCore/Platform/Terminal.h"
 #include "CleanerCore/Support/ByteFormat.h"
 #include "terminal/CleanText.h"
-#include "terminal/Layout.h"
-#include "terminal/ScanRun.h"
+#include "terminal/Findings.h"
 #include "terminal/Verbs.h"
 
 #include <CLI/CLI.hpp>
@@ -13,7 +12,8 @@ namespace loftmere {
 
 namespace {
 
-constexpr const char* stopping = "loftmere: stopping after the item in hand; Ctrl-C again ends at once\n";
+constexpr const char* stopping = "loftmere: stopping after the item in hand\n";
+constexpr const char* stillStopping = "loftmere: still at the item in hand; the log is written after it\n";
 
 struct Options {
     std::vector<std::string> names;
@@ -22,7 +22,7 @@ struct Options {
     bool dryRun = false;
     bool yes = false;
     bool admin = false;
-    bool full = false;
+    bool verbose = false;
 };
 
 // One run of the verb.
@@ -32,17 +32,20 @@ public:
 
     ExitStatus run(const std::vector<CleanCategory>& categories) {
         status_ = runScan(program_, categories);
-        tellScanErrors(categories);
+        sayScanErrors(categories);
         tick(categories);
-        const CleanPreview preview = look();
+        const CleanPreview preview =
+            program_.finish(model().preview(items_, ManualTrigger{}), [] { return "Looking at each item"; });
         show(preview);
-        if (options_.dryRun) {
+        const Extent extent = extentOf(items_, preview);
+        // Whoever gave --yes wants every decision carried out and logged, refusals too.
+        if (options_.dryRun || (extent.count == 0 && !options_.yes)) {
             if (!preview.report.failures.empty()) status_ = ExitStatus::failed;
             answer(preview.report, true);
-        } else if (!mustAsk() || agrees(preview)) {
+        } else if (options_.yes || agrees(extent)) {
             clean(categories);
         } else {
-            program_.console().say("nothing was changed");
+            console().say("nothing was changed");
             if (program_.json()) answer(CleanReport{}, false);
         }
         return status_;
@@ -50,17 +53,18 @@ public:
 
 private:
     AppModel& model() { return program_.model(); }
+    Console& console() { return program_.console(); }
 
-    void tellScanErrors(const std::vector<CleanCategory>& categories) {
+    void sayScanErrors(const std::vector<CleanCategory>& categories) {
         for (const CleanCategory category : categories) {
             const auto result = model().results->find(category);
             if (result == model().results->end() || !result->second.error) continue;
-            program_.console().say(fmt::format("{} could not be scanned: {}", traits(category).displayName,
-                                               printable(*result->second.error)));
+            console().say(fmt::format("{} could not be scanned: {}", traits(category).displayName,
+                                      shownMessage(*result->second.error)));
         }
     }
 
-    // The scan has ticked what opening the sections ticks; what was asked for instead takes its place.
+    // The scan has ticked what opening the sections ticks. What was asked for instead takes its place.
     void tick(const std::vector<CleanCategory>& categories) {
         items_ = model().items(categories);
         if (options_.all || !options_.selected.empty()) {
@@ -70,68 +74,75 @@ private:
                 if (options_.all || wanted.erase(item.id) > 0) found.insert(item.id);
             }
             model().selected = std::move(found);
-            for (const std::string& id : wanted) fail(fmt::format("no scan found {}", printable(id)));
+            for (const std::string& id : wanted) sayNotFound(id);
         }
         std::erase_if(items_, [&](const ScanItem& item) { return !model().selected->contains(item.id); });
     }
 
-    CleanPreview look() {
-        return program_.finish(model().preview(items_, ManualTrigger{}),
-                               [] { return "Looking at each item"; });
+    void sayNotFound(const std::string& id) {
+        console().say(
+            fmt::format("no scan found \"{}\"; \"loftmere scan --json\" lists the ids", printable(id)));
+        status_ = ExitStatus::failed;
     }
 
-    // Nobody is asked to agree to what was not shown, also where standard output is for data alone.
+    // Puts the preview on the screen before anything is asked or done, also where standard output leads
+    // elsewhere.
     void show(const CleanPreview& preview) {
-        if (!program_.json()) return printPreview(program_, items_, preview, options_.full);
-        if (!mustAsk()) return;
-        program_.console().printTo(Output::person);
-        printPreview(program_, items_, preview, options_.full);
-        program_.console().printTo(Output::data);
+        const auto print = [&](Output output) {
+            console().printTo(output);
+            printPreview(program_, items_, preview, options_.verbose);
+            console().printTo(Output::data);
+        };
+        if (!program_.json()) print(Output::data);
+        const bool isSeen = !program_.json() && console().isScreen(Output::data);
+        if (!isSeen && !options_.dryRun && console().isScreen(Output::person)) print(Output::person);
     }
 
-    bool mustAsk() const { return !options_.dryRun && !options_.yes && !items_.empty(); }
-
-    bool agrees(const CleanPreview& preview) {
-        const Extent extent = extentOf(items_, preview);
-        const std::string answer = asciiLowercased(program_.console().ask(fmt::format(
+    bool agrees(const Extent& extent) {
+        const std::string answer = asciiLowercased(console().ask(fmt::format(
             "Clean {} ({})? [y/N] ", counted(extent.count, "item"), ByteFormat::string(extent.bytes))));
         return answer == "y" || answer == "yes";
     }
 
     void clean(const std::vector<CleanCategory>& categories) {
-        noteStopSignals(stopping, nullptr);
+        noteStopSignals(stopping, stillStopping);
         const auto isStopped = [] { return notedStop().has_value(); };
         const CleanReport report =
             program_.finish(model().cleanSelected(categories, isStopped), [&] { return progress(); });
-        noteStopSignals(nullptr, nullptr); // an answer would come too late from here on
         if (!report.failures.empty()) status_ = ExitStatus::failed;
         answer(report, false);
         if (isStopped()) {
-            program_.console().say("interrupted; what is not told above was left as it is");
-            status_ = ExitStatus::interrupted;
+            console().say("interrupted; what is not told above was left as it is");
         } else {
             finishAsAdmin();
+            purgeExpired();
         }
+        status_ = program_.stoppedOr(status_);
     }
 
     std::string progress() {
         const double share = *model().cleanProgress;
-        return fmt::format("{} {:3.0f} %  {}", bar(program_.console(), share), share * 100, program_.busy());
+        return fmt::format("{} {:3.0f} %  {}", bar(console(), share), share * 100, program_.busy());
     }
 
     void finishAsAdmin() {
         const int pending = *model().pendingAdmin;
         if (pending == 0) return;
         if (!options_.admin) {
-            program_.console().say(
-                fmt::format("{} ({}) left: administrator rights are needed; --admin asks for them",
-                            counted(static_cast<size_t>(pending), "item"),
-                            ByteFormat::string(*model().pendingAdminBytes)));
+            console().say(fmt::format("{} ({}) left: administrator rights are needed; --admin asks for them",
+                                      counted(static_cast<size_t>(pending), "item"),
+                                      ByteFormat::string(*model().pendingAdminBytes)));
             return;
         }
         const auto outcome = program_.finish(model().flushAdminQueue(), [&] { return program_.busy(); });
-        if (const auto& words = *model().toast) program_.console().say(printable(*words));
+        if (const auto& words = *model().toast) console().say(shownMessage(*words));
         if (!outcome.failed.empty()) status_ = ExitStatus::failed;
+    }
+
+    void purgeExpired() {
+        const auto purge =
+            program_.finish(model().purgeExpired(), [] { return "Deleting what has expired in quarantine"; });
+        if (!purge.purged.empty()) console().say("purged " + shownPurge(purge));
     }
 
     void answer(const CleanReport& report, bool dryRun) {
@@ -141,11 +152,6 @@ private:
             printCleanReport(program_, items_, report, dryRun);
     }
 
-    void fail(const std::string& message) {
-        program_.console().say(message);
-        status_ = ExitStatus::failed;
-    }
-
     Program& program_;
     const Options& options_;
     std::vector<ScanItem> items_;
@@ -153,21 +159,21 @@ private:
 };
 
 ExitStatus clean(Program& program, const Options& options) {
+    Console& console = program.console();
     const auto categories = categoriesNamed(options.names);
     if (!categories) {
-        program.console().say(categories.error().message);
+        console.say(categories.error().message);
         return ExitStatus::usage;
     }
-    if (!options.dryRun && !options.yes && !program.console().canAsk()) {
-        program.console().say("nobody is there to ask; give --yes, or --dry-run to see what would happen");
+    if (!options.dryRun && !options.yes && !console.canAsk()) {
+        console.say("nobody is there to ask; give --yes, or --dry-run to see what would happen");
         return ExitStatus::usage;
     }
     if (!program.knowsSettings() && !options.dryRun) {
-        program.console().say("nothing was changed");
+        console.say("nothing was changed");
         return ExitStatus::failed;
     }
     const ExitStatus status = Clean(program, options).run(*categories);
-    // A root helper must not outlive the program that started it.
     AppModel::endPrivilegedSession();
     return status;
 }
@@ -177,18 +183,21 @@ ExitStatus clean(Program& program, const Options& options) {
 void declareClean(CLI::App& parser, Request& request) {
     const auto options = std::make_shared<Options>();
     CLI::App& verb = addVerb(parser, request, "clean", "Remove what is safe to remove, after asking");
-    verb.add_option("NAME", options->names, "Categories and sections to clean; none means all");
+    addWords(verb, "NAME", options->names, "Categories and sections to clean; none means all");
     auto* all =
         verb.add_flag("--all", options->all, "Act on everything that is found, not only on what is ticked");
-    verb.add_option("--select", options->selected, "Act on the finding with this id instead; may be repeated")
+    addWords(
+        verb, "--select", options->selected,
+        "Act on the finding with this id instead; may be repeated. The id of a file or folder is its path; "
+        "\"loftmere scan --json\" lists all ids")
         ->type_name("ID")
-        ->allow_extra_args(false)
         ->excludes(all);
     verb.add_flag("--dry-run", options->dryRun, "Show what would happen and change nothing");
     verb.add_flag("--yes", options->yes, "Do not ask");
     verb.add_flag("--admin", options->admin,
                   "In the end remove what needs administrator rights, with one prompt");
-    verb.add_flag("--full", options->full, "Show every item, not only the first of each group");
+    verb.add_flag("--verbose", options->verbose,
+                  "List every item, not only the first of each group, and whole paths");
     verb.footer(namesHelp());
     verb.callback([&request, options] {
         request.run = [options](Program& program) { return clean(program, *options); };

@@ -16,6 +16,10 @@ constexpr const char* hint = "Start with \"loftmere scan\": it looks and removes
 
 constexpr const char* jsonHelp = "Print JSON instead of text";
 
+// Goes before each word that is to be taken as it is, so that the parser finds no list, no end of a verb and
+// no empty value in it.
+constexpr char asIs = '\x1F';
+
 // The words of the help, where the parser's own words would be other ones.
 constexpr std::pair<const char*, const char*> labels[]{
     {"SUBCOMMAND", "VERB"},
@@ -23,6 +27,28 @@ constexpr std::pair<const char*, const char*> labels[]{
     {"TEXT", ""},
     {"OPTIONS", "OPTION..."},
 };
+
+// The words of the command line as the parser takes them, the last first.
+std::vector<std::string> wordsOf(int argc, char** argv) {
+    std::vector<std::string> words;
+    bool knowsVerb = false;
+    bool operandsOnly = false;
+    for (std::string word : std::vector<std::string>(argv + 1, argv + std::max(argc, 1))) {
+        const bool isOption = !operandsOnly && word.size() > 1 && word.starts_with('-');
+        if (isOption) {
+            operandsOnly = word == "--";
+            const size_t equals = word.find('=');
+            if (equals != std::string::npos) word.insert(equals + 1, 1, asIs);
+        } else if (knowsVerb || operandsOnly) {
+            word.insert(0, 1, asIs);
+        } else {
+            knowsVerb = true;
+        }
+        words.push_back(word);
+    }
+    std::ranges::reverse(words);
+    return words;
+}
 
 void declareAll(CLI::App& parser, Request& request) {
     parser.name("loftmere");
@@ -41,7 +67,7 @@ void declareAll(CLI::App& parser, Request& request) {
 
 // What is left to do at the end: to see that all that was printed has gone out.
 int finish(Console& console, ExitStatus status) {
-    if (console.flush()) return static_cast<int>(status);
+    if (console.flush() || notedStop()) return static_cast<int>(status);
     console.say("the output could not be written");
     return static_cast<int>(ExitStatus::failed);
 }
@@ -54,14 +80,16 @@ int answer(Console& console, std::string_view text) {
 // Parses and says what is wrong. The exit status when there is nothing more to do.
 std::optional<int> parse(CLI::App& parser, Console& console, int argc, char** argv) {
     try {
-        parser.parse(argc, argv);
+        parser.parse(wordsOf(argc, argv));
         return std::nullopt;
     } catch (const CLI::CallForVersion&) {
         return answer(console, std::string(version) + "\n");
     } catch (const CLI::CallForHelp&) {
         return answer(console, parser.help());
     } catch (const CLI::ParseError& error) {
-        console.say(printable(error.what()));
+        std::string message = error.what();
+        std::erase(message, asIs);
+        console.say(printable(message));
         console.say("\"loftmere --help\" tells what there is");
         return static_cast<int>(ExitStatus::usage);
     }
@@ -74,6 +102,20 @@ CLI::App& addVerb(CLI::App& parser, Request& request, const char* name, const ch
     verb.group("Verbs");
     verb.add_flag("--json", request.json, jsonHelp);
     return verb;
+}
+
+CLI::Option* addWords(CLI::App& verb, const char* name, std::vector<std::string>& words,
+                      const char* description) {
+    const auto take = [&words](const std::vector<std::string>& given) {
+        for (std::string word : given) {
+            const size_t mark = word.find(asIs);
+            if (mark != std::string::npos) word.erase(mark, 1);
+            words.push_back(word);
+        }
+    };
+    CLI::Option* option = verb.add_option_function<std::vector<std::string>>(name, take, description);
+    if (option->nonpositional()) option->allow_extra_args(false);
+    return option;
 }
 
 int runCommandLine(int argc, char** argv) {

@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <cstdlib>
 
 namespace loftmere {
@@ -17,6 +18,7 @@ constexpr Glyphs unicodeGlyphs{"✓", "…", "·", "█", "░", {"⠋", "⠹", 
 constexpr Glyphs asciiGlyphs{"x", "...", "-", "#", ".", {"|", "/", "-", "\\"}};
 constexpr size_t bufferSize = 64 * 1024;
 constexpr int usualWidth = 80;
+constexpr int narrowest = 20; // a screen narrower than this is treated as this wide
 constexpr int indent = 2;
 
 std::string_view environment(const char* name) {
@@ -82,11 +84,15 @@ Console::Console() {
     printTo(Output::data);
 }
 
+bool Console::isScreen(Output output) {
+    return isTerminal(streamOf(output));
+}
+
 void Console::printTo(Output output) {
     flush();
     output_ = output;
-    const bool forTerminal = isTerminal(streamOf(output));
-    width_ = forTerminal ? widthOf(streamOf(output)) : 0;
+    const bool forTerminal = isScreen(output);
+    width_ = forTerminal ? std::max(widthOf(streamOf(output)), narrowest) : 0;
     colour_ = forTerminal && isCapable() && environment("NO_COLOR").empty();
     asciiOut_ = forTerminal && glyphs_ == &asciiGlyphs;
 }

@@ -39,6 +39,9 @@ public:
     bool isLive() const { return live_; }
     bool canAsk() const { return canAsk_; }
 
+    // Whether a person sees what is printed there.
+    static bool isScreen(Output output);
+
     // `text` drawn in the ink, or as it is where colour is not wanted.
     std::string paint(Ink ink, std::string_view text) const;
 

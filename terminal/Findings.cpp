@@ -1,8 +1,7 @@
-#include "terminal/ScanRun.h"
+#include "terminal/Findings.h"
 
 #include "CleanerCore/Support/Text.h"
 #include "LoftmereApp/Model/SidebarItem.h"
-#include "terminal/Layout.h"
 
 #include <fmt/format.h>
 
@@ -105,6 +104,23 @@ ExitStatus runScan(Program& program, const std::vector<CleanCategory>& categorie
             status = ExitStatus::failed;
     }
     return status;
+}
+
+Row findingRow(Program& program, const ScanItem& item) {
+    Row row{.size = item.size,
+            .tag = riskTag(item.risk),
+            .tagInk = inkOf(item.risk),
+            .title = printable(item.title)};
+    if (item.anyPath() == nullptr) return row;
+    row.path = program.shown(*item.anyPath());
+    if (row.path.ends_with("/" + row.title)) row.title.clear();
+    return row;
+}
+
+Row targetRow(Program& program, const std::string& target) {
+    Row row;
+    (target.starts_with('/') ? row.path : row.title) = program.shown(target);
+    return row;
 }
 
 } // namespace loftmere

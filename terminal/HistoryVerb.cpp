@@ -1,55 +1,71 @@
 #include "CleanerCore/Support/RecordCodec.h"
-#include "CleanerCore/Support/Text.h"
-#include "terminal/Layout.h"
+#include "terminal/Findings.h"
 #include "terminal/Verbs.h"
 
 #include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <charconv>
+#include <limits>
 
 namespace loftmere {
 
 namespace {
 
-constexpr int64_t usualLimit = 50;
+constexpr size_t usualLimit = 50;
 
-// A path in short, anything else as it is.
-std::string shownTarget(Program& program, const std::string& target) {
-    return target.starts_with('/') ? program.shown(target) : printable(target);
+// The last word as a count; absent when it is no whole number. What is beyond all numbers is all there is.
+std::optional<size_t> limitOf(const std::vector<std::string>& words) {
+    if (words.empty()) return usualLimit;
+    const std::string& word = words.back();
+    size_t limit = 0;
+    const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), limit);
+    if (word.empty() || end != word.data() + word.size() || error == std::errc::invalid_argument)
+        return std::nullopt;
+    return error == std::errc::result_out_of_range ? std::numeric_limits<size_t>::max() : limit;
 }
 
 Row rowOf(Program& program, const AuditEntry& entry) {
-    return {.lead = shownDate(entry.date),
-            .leadInk = Ink::dim,
-            .size = entry.size != 0 ? std::optional(entry.size) : std::nullopt,
-            .tag = printable(entry.action),
-            .tagInk = entry.success ? Ink::plain : Ink::red,
-            .title = shownTarget(program, entry.target),
-            .titleIsPath = entry.target.starts_with('/'),
-            .note = (entry.success ? "" : "not done: ") + printable(entry.message.value_or(""))};
+    Row row = targetRow(program, entry.target);
+    row.lead = shownDate(entry.date);
+    row.leadInk = Ink::dim;
+    if (entry.size != 0) row.size = entry.size;
+    row.tag = printable(entry.action);
+    row.tagInk = entry.success ? Ink::plain : Ink::red;
+    row.note = (entry.success ? "" : "not done: ") + shownMessage(entry.message.value_or(""));
+    return row;
 }
 
-ExitStatus history(Program& program, int64_t limit) {
-    const auto entries =
-        program.finish(program.model().history(static_cast<size_t>(limit)), [] { return "Reading the log"; });
+ExitStatus history(Program& program, const std::vector<std::string>& words) {
+    Console& console = program.console();
+    const auto limit = limitOf(words);
+    if (!limit) {
+        console.say(
+            fmt::format("--limit takes a whole number from 0 on, not \"{}\"", printable(words.back())));
+        return ExitStatus::usage;
+    }
+    const auto entries = program.finish(program.model().history(*limit), [] { return "Reading the log"; });
     if (program.json()) {
         program.print(JsonCodec<std::vector<AuditEntry>>::encode(entries));
         return ExitStatus::done;
     }
     std::vector<Row> rows;
     for (const AuditEntry& entry : entries) rows.push_back(rowOf(program, entry));
-    printRows(program.console(), rows);
-    if (rows.empty()) program.console().printLine("Nothing was done yet.");
+    printRows(console, rows);
+    if (rows.empty()) console.printLine("Nothing was done yet.");
     return ExitStatus::done;
 }
 
 } // namespace
 
 void declareHistory(CLI::App& parser, Request& request) {
-    const auto limit = std::make_shared<int64_t>(usualLimit);
+    const auto limit = std::make_shared<std::vector<std::string>>();
     CLI::App& verb =
         addVerb(parser, request, "history", "Tell what was done and what was refused, newest first");
-    verb.add_option("--limit", *limit, "How many actions to tell, 50 unless given")
+    addWords(verb, "--limit", *limit, "How many actions to tell, 50 unless given")
         ->type_name("N")
-        ->check(CLI::NonNegativeNumber);
+        ->expected(1);
     verb.callback(
         [&request, limit] { request.run = [limit](Program& program) { return history(program, *limit); }; });
 }

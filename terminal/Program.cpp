@@ -1,5 +1,7 @@
 #include "terminal/Program.h"
 
+#include "CleanerCore/Platform/Terminal.h"
+
 namespace loftmere {
 
 namespace {
@@ -15,6 +17,11 @@ bool Program::knowsSettings() {
     const Status known = model_.settingsState();
     if (!known) console_.say(printable(known.error().message));
     return known.has_value();
+}
+
+ExitStatus Program::stoppedOr(ExitStatus status) {
+    const auto stop = notedStop();
+    return stop ? static_cast<ExitStatus>(*stop) : status;
 }
 
 std::string Program::busy() const {

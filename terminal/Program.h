@@ -11,8 +11,8 @@
 
 namespace loftmere {
 
-// What the program answers to the shell.
-enum class ExitStatus { done = 0, failed = 1, usage = 2, interrupted = 130 };
+// What the program answers to the shell. After a stop signal it is 128 and the signal's number.
+enum class ExitStatus { done = 0, failed = 1, usage = 2 };
 
 // What every verb works with: the console, the model of the current user and the loop that drives it.
 class Program {
@@ -32,6 +32,9 @@ public:
         wait([&] { return task.isDone(); }, status);
         return task.value();
     }
+
+    // The status of a stop signal that was noted, else `status`.
+    static ExitStatus stoppedOr(ExitStatus status);
 
     // A path as people read it: printable, with "~" for the home folder.
     std::string shown(const std::string& path) const { return printable(model_.shortened(path)); }

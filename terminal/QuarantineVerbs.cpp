@@ -1,8 +1,7 @@
+#include "CleanerCore/Platform/Terminal.h"
 #include "CleanerCore/Support/ByteFormat.h"
-#include "CleanerCore/Support/ByteSum.h"
 #include "CleanerCore/Support/RecordCodec.h"
 #include "terminal/CleanText.h"
-#include "terminal/Layout.h"
 #include "terminal/Verbs.h"
 
 #include <CLI/CLI.hpp>
@@ -17,13 +16,16 @@ namespace loftmere {
 namespace {
 
 constexpr int noteIndent = 3;
+constexpr const char* purging = "Deleting what the quarantine held";
+constexpr const char* stoppingUndo = "loftmere: stopping as soon as the items are back\n";
+constexpr const char* stoppingPurge = "loftmere: stopping as soon as the log says what was deleted\n";
 
 Result<QuarantineSession> sessionNamed(Program& program, const std::string& id) {
     const auto& sessions = *program.model().sessions;
     const auto found = std::ranges::find(sessions, id, &QuarantineSession::id);
     if (found != sessions.end()) return *found;
-    return failed(Failure::saying(
-        fmt::format("there is no session {}; \"loftmere sessions\" lists those there are", printable(id))));
+    return failed(Failure::saying(fmt::format(
+        "there is no session \"{}\"; \"loftmere sessions\" lists those there are", printable(id))));
 }
 
 // The newest one that still holds something.
@@ -47,40 +49,51 @@ bool isNamed(const std::string& actual, const std::string& given) {
     return actual == given || printable(actual) == given;
 }
 
-void printSession(Program& program, const QuarantineSession& session, bool full) {
+// How many of the wanted entries are still held, and their bytes.
+Extent heldOf(const QuarantineSession& session, const std::optional<std::set<std::string>>& wanted) {
+    Extent held;
+    for (const QuarantineEntry& entry : session.entries) {
+        if (!entry.restored && (!wanted || wanted->contains(entry.storedName))) held.add(entry.size);
+    }
+    return held;
+}
+
+void printSession(Program& program, const QuarantineSession& session, bool verbose) {
     Console& console = program.console();
     printHeading(console, fmt::format("{}  {}", printable(session.id), printable(label(session.trigger))),
-                 fmt::format("{}  {:>9}", counted(static_cast<size_t>(session.activeCount()), "item"),
-                             ByteFormat::string(session.totalSize())));
-    printParagraph(
-        console, Ink::dim,
-        fmt::format("From {}, kept until {}", shownDate(session.createdAt), shownDate(session.expiresAt)),
-        noteIndent);
+                 heldOf(session, std::nullopt));
+    const std::string until = session.expiresAt > currentDate()
+                                  ? fmt::format("kept until {}", shownDate(session.expiresAt))
+                                  : fmt::format("expired {}; the next clean deletes it, or \"loftmere purge "
+                                                "--expired\" at once",
+                                                shownDate(session.expiresAt));
+    printParagraph(console, Ink::dim, fmt::format("From {}, {}", shownDate(session.createdAt), until),
+                   noteIndent);
     std::vector<Row> rows;
     for (const QuarantineEntry& entry : session.entries) {
         rows.push_back({.size = entry.size,
                         .tag = entry.restored ? "restored" : "",
                         .title = printable(entry.storedName),
-                        .note = program.shown(entry.originalPath)});
+                        .path = program.shown(entry.originalPath)});
     }
-    printRows(console, rows, full);
+    printRows(console, rows, verbose);
     console.printLine();
 }
 
-ExitStatus sessions(Program& program, bool full) {
+ExitStatus sessions(Program& program, bool verbose) {
     const std::vector<QuarantineSession>& all = program.model().sessions;
     sayUnreadable(program);
     if (program.json()) {
         program.print(JsonCodec<std::vector<QuarantineSession>>::encode(all));
         return ExitStatus::done;
     }
-    for (const QuarantineSession& session : all) printSession(program, session, full);
+    for (const QuarantineSession& session : all) printSession(program, session, verbose);
     if (all.empty()) program.console().printLine("The quarantine is empty.");
     return ExitStatus::done;
 }
 
 struct UndoOptions {
-    std::string session;
+    std::vector<std::string> sessions; // one at most
     std::vector<std::string> entries;
 };
 
@@ -103,17 +116,6 @@ wantedEntries(const UndoOptions& options, const QuarantineSession& session) {
     return wanted;
 }
 
-// How many of the wanted entries are still held, and their bytes.
-Extent heldOf(const QuarantineSession& session, const std::optional<std::set<std::string>>& wanted) {
-    Extent held;
-    for (const QuarantineEntry& entry : session.entries) {
-        if (entry.restored || (wanted && !wanted->contains(entry.storedName))) continue;
-        ++held.count;
-        addBytes(held.bytes, entry.size);
-    }
-    return held;
-}
-
 void printUndone(Program& program, const QuarantineSession& session,
                  const std::vector<CleanFailure>& failures, Extent asked) {
     if (program.json()) {
@@ -129,7 +131,8 @@ void printUndone(Program& program, const QuarantineSession& session,
 
 ExitStatus undo(Program& program, const UndoOptions& options) {
     Console& console = program.console();
-    const auto found = options.session.empty() ? newestHeld(program) : sessionNamed(program, options.session);
+    const auto found =
+        options.sessions.empty() ? newestHeld(program) : sessionNamed(program, options.sessions.front());
     if (!found) {
         console.say(found.error().message);
         sayUnreadable(program);
@@ -140,6 +143,7 @@ ExitStatus undo(Program& program, const UndoOptions& options) {
         console.say(fmt::format("session {} holds no {}", printable(found->id), printable(wanted.error())));
         return ExitStatus::failed;
     }
+    noteStopSignals(stoppingUndo, stoppingUndo);
     const Extent asked = heldOf(*found, *wanted);
     const auto failures = console.working("Bringing back " + counted(asked.count, "item"),
                                           [&] { return program.model().restore(*found, *wanted); });
@@ -148,8 +152,13 @@ ExitStatus undo(Program& program, const UndoOptions& options) {
         return ExitStatus::failed;
     }
     printUndone(program, *found, *failures, asked);
-    return failures->empty() ? ExitStatus::done : ExitStatus::failed;
+    return Program::stoppedOr(failures->empty() ? ExitStatus::done : ExitStatus::failed);
 }
+
+struct PurgeOptions {
+    std::vector<std::string> sessions; // one at most
+    bool expired = false;
+};
 
 // A session that cannot be read, as `AppModel::purge` takes it.
 std::optional<QuarantineSession> unreadableNamed(Program& program, const std::string& id) {
@@ -162,15 +171,14 @@ std::optional<QuarantineSession> unreadableNamed(Program& program, const std::st
     return std::nullopt;
 }
 
-ExitStatus purge(Program& program, const std::string& id) {
+ExitStatus purgeOne(Program& program, const std::string& id) {
     Console& console = program.console();
     const auto unreadable = unreadableNamed(program, id);
     const auto found = unreadable ? Result<QuarantineSession>(*unreadable) : sessionNamed(program, id);
-    const Status purged = found ? console.working("Deleting what the session holds",
-                                                  [&] { return program.model().purge(*found); })
+    const Status purged = found ? console.working(purging, [&] { return program.model().purge(*found); })
                                 : Status(failed(found.error()));
     if (!purged) {
-        console.say(printable(purged.error().message));
+        console.say(shownMessage(purged.error().message));
         return ExitStatus::failed;
     }
     if (program.json()) {
@@ -184,37 +192,66 @@ ExitStatus purge(Program& program, const std::string& id) {
     return ExitStatus::done;
 }
 
+ExitStatus purgeExpired(Program& program) {
+    const auto purge = program.finish(program.model().purgeExpired(), [] { return purging; });
+    if (program.json()) {
+        program.print({{"sessions", purge.purged}, {"freedBytes", purge.bytes}});
+    } else {
+        program.console().printLine(purge.purged.empty() ? "No session was purged."
+                                                         : "Purged " + shownPurge(purge));
+    }
+    if (purge.left.empty()) return ExitStatus::done;
+    program.console().say("expired, but could not be deleted: " + printable(joined(purge.left, ", ")));
+    return ExitStatus::failed;
+}
+
+ExitStatus purge(Program& program, const PurgeOptions& options) {
+    if (options.expired != options.sessions.empty()) {
+        program.console().say("name one session, or give --expired for all that have expired");
+        return ExitStatus::usage;
+    }
+    noteStopSignals(stoppingPurge, stoppingPurge);
+    return Program::stoppedOr(options.expired ? purgeExpired(program)
+                                              : purgeOne(program, options.sessions.front()));
+}
+
 } // namespace
 
 void declareSessions(CLI::App& parser, Request& request) {
     CLI::App& verb =
         addVerb(parser, request, "sessions", "List what is in quarantine and can be brought back");
-    const auto full = std::make_shared<bool>(false);
-    verb.add_flag("--full", *full, "Show every item, not only the first of each session");
-    verb.callback(
-        [&request, full] { request.run = [full](Program& program) { return sessions(program, *full); }; });
+    const auto verbose = std::make_shared<bool>(false);
+    verb.add_flag("--verbose", *verbose,
+                  "List every item, not only the first of each session, and whole paths");
+    verb.callback([&request, verbose] {
+        request.run = [verbose](Program& program) { return sessions(program, *verbose); };
+    });
 }
 
 void declareUndo(CLI::App& parser, Request& request) {
     const auto options = std::make_shared<UndoOptions>();
     CLI::App& verb = addVerb(parser, request, "undo", "Bring back what a clean has put into quarantine");
-    verb.add_option("SESSION", options->session,
-                    "The session to undo; none means the newest that holds something");
-    verb.add_option("--entry", options->entries,
-                    "Bring back only the item with this stored name; may be repeated")
-        ->type_name("STOREDNAME")
-        ->allow_extra_args(false);
+    addWords(verb, "SESSION", options->sessions,
+             "The session to undo; none means the newest that holds something")
+        ->expected(1);
+    addWords(verb, "--entry", options->entries,
+             "Bring back only the item with this stored name; may be repeated")
+        ->type_name("STOREDNAME");
     verb.callback([&request, options] {
         request.run = [options](Program& program) { return undo(program, *options); };
     });
 }
 
 void declarePurge(CLI::App& parser, Request& request) {
-    const auto id = std::make_shared<std::string>();
+    const auto options = std::make_shared<PurgeOptions>();
     CLI::App& verb =
         addVerb(parser, request, "purge", "Give up a quarantine session for good and free its space");
-    verb.add_option("SESSION", *id, "The session's id, as \"loftmere sessions\" lists it")->required();
-    verb.callback([&request, id] { request.run = [id](Program& program) { return purge(program, *id); }; });
+    addWords(verb, "SESSION", options->sessions, "The session's id, as \"loftmere sessions\" lists it")
+        ->expected(1);
+    verb.add_flag("--expired", options->expired, "Give up all sessions that have expired");
+    verb.callback([&request, options] {
+        request.run = [options](Program& program) { return purge(program, *options); };
+    });
 }
 
 } // namespace loftmere

@@ -1,8 +1,6 @@
 #include "CleanerCore/Support/ByteFormat.h"
-#include "CleanerCore/Support/ByteSum.h"
 #include "CleanerCore/Support/Text.h"
-#include "terminal/Layout.h"
-#include "terminal/ScanRun.h"
+#include "terminal/Findings.h"
 #include "terminal/Verbs.h"
 
 #include <CLI/CLI.hpp>
@@ -34,78 +32,58 @@ std::string sharedReason(const std::vector<ScanItem>& items) {
     return std::ranges::any_of(items, differs) ? "" : items.front().reason;
 }
 
-void printItems(Console& console, const std::vector<ScanItem>& items, const std::set<std::string>& ticked,
-                bool full) {
+void printItems(Program& program, const std::vector<ScanItem>& items, bool verbose) {
+    Console& console = program.console();
     const std::string shared = sharedReason(items);
     if (!shared.empty()) printParagraph(console, Ink::dim, printable(shared), noteIndent);
     const std::string tick = fmt::format(" {}", console.glyphs().tick);
     std::vector<Row> rows;
     for (const ScanItem& item : items) {
-        rows.push_back({.lead = ticked.contains(item.id) ? tick : "",
-                        .leadInk = Ink::green,
-                        .size = item.size,
-                        .tag = riskTag(item.risk),
-                        .tagInk = inkOf(item.risk),
-                        .title = printable(item.title),
-                        .note = shared.empty() ? printable(item.reason) : ""});
+        Row& row = rows.emplace_back(findingRow(program, item));
+        if (program.model().selected->contains(item.id)) row.lead = tick;
+        row.leadInk = Ink::green;
+        if (shared.empty()) row.note = printable(item.reason);
     }
-    printRows(console, rows, full);
+    printRows(console, rows, verbose);
 }
 
-void printResult(Console& console, const CategoryResult& result, const std::set<std::string>& ticked,
-                 bool full) {
-    const std::string count = counted(result.items.size(), "item");
-    const std::string right =
-        result.error ? "" : fmt::format("{}  {:>9}", count, ByteFormat::string(result.totalSize()));
-    printHeading(console, traits(result.category).displayName, right);
+void printResult(Program& program, const CategoryResult& result, bool verbose) {
+    Console& console = program.console();
+    Extent found;
+    for (const ScanItem& item : result.items) found.add(item.size);
+    printHeading(console, traits(result.category).displayName,
+                 result.error ? std::nullopt : std::optional(found));
     if (result.error)
-        printParagraph(console, Ink::red, "Could not be scanned: " + printable(*result.error), noteIndent);
+        printParagraph(console, Ink::red, "Could not be scanned: " + shownMessage(*result.error), noteIndent);
     else
-        printItems(console, result.items, ticked, full);
+        printItems(program, result.items, verbose);
     console.printLine();
 }
 
-struct Sum {
-    size_t count = 0;
-    int64_t bytes = 0;
-
-    void add(const ScanItem& item) {
-        ++count;
-        addBytes(bytes, item.size);
-    }
-    std::string text() const {
-        return fmt::format("{}, {}", counted(count, "item"), ByteFormat::string(bytes));
-    }
-};
-
 void printTotals(Program& program, const std::vector<const CategoryResult*>& results,
                  const std::string& cleanCommand) {
-    Sum found;
-    Sum ticked;
+    Extent found;
+    Extent ticked;
     for (const CategoryResult* result : results) {
         for (const ScanItem& item : result->items) {
-            found.add(item);
-            if (program.model().selected->contains(item.id)) ticked.add(item);
+            found.add(item.size);
+            if (program.model().selected->contains(item.id)) ticked.add(item.size);
         }
     }
     Console& console = program.console();
     if (found.count == 0) {
         console.printLine("Nothing to remove here right now.");
     } else {
-        console.printLine(console.paint(Ink::bold, "Found   ") + found.text());
-        console.printLine(console.paint(Ink::bold, "Ticked  ") + ticked.text());
+        printFact(console, "Found", found.text());
+        printFact(console, "Ticked", ticked.text());
         if (ticked.count > 0)
             printParagraph(console, Ink::dim, fmt::format("\"{}\" removes them", cleanCommand), totalIndent);
     }
-    if (const auto& space = *program.model().space) {
-        console.printLine(
-            console.paint(Ink::bold, "Disk    ") +
-            fmt::format("{} free of {}", ByteFormat::string(space->free), ByteFormat::string(space->total)));
-    }
+    if (const auto& space = *program.model().space) printFact(console, "Disk", shownSpace(*space));
 }
 
 void printScan(Program& program, const std::vector<CleanCategory>& categories,
-               const std::vector<std::string>& names, bool full) {
+               const std::vector<std::string>& names, bool verbose) {
     std::vector<std::string> cleanCommand{"loftmere", "clean"};
     cleanCommand.insert(cleanCommand.end(), names.begin(), names.end());
     const auto results = resultsOf(program.model(), categories);
@@ -114,7 +92,7 @@ void printScan(Program& program, const std::vector<CleanCategory>& categories,
         if (result->items.empty() && !result->error)
             empty.emplace_back(traits(result->category).displayName);
         else
-            printResult(program.console(), *result, program.model().selected, full);
+            printResult(program, *result, verbose);
     }
     Console& console = program.console();
     if (!empty.empty()) {
@@ -152,7 +130,7 @@ void printScanJson(Program& program, const std::vector<CleanCategory>& categorie
 
 struct Options {
     std::vector<std::string> names;
-    bool full = false;
+    bool verbose = false;
 };
 
 ExitStatus scan(Program& program, const Options& options) {
@@ -166,7 +144,7 @@ ExitStatus scan(Program& program, const Options& options) {
     if (program.json())
         printScanJson(program, *categories);
     else
-        printScan(program, *categories, options.names, options.full);
+        printScan(program, *categories, options.names, options.verbose);
     return status;
 }
 
@@ -176,8 +154,9 @@ void declareScan(CLI::App& parser, Request& request) {
     const auto options = std::make_shared<Options>();
     CLI::App& verb =
         addVerb(parser, request, "scan", "Find what could go, how much it is, why, and at what risk");
-    verb.add_option("NAME", options->names, "Categories and sections to look through; none means all");
-    verb.add_flag("--full", options->full, "Show every finding, not only the largest of each category");
+    addWords(verb, "NAME", options->names, "Categories and sections to look through; none means all");
+    verb.add_flag("--verbose", options->verbose,
+                  "List every finding, not only the largest of each category, and whole paths");
     verb.footer(namesHelp());
     verb.callback([&request, options] {
         request.run = [options](Program& program) { return scan(program, *options); };

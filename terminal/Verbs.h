@@ -3,10 +3,13 @@
 #include "terminal/Program.h"
 
 #include <functional>
+#include <string>
+#include <vector>
 
 namespace CLI {
 class App;
-}
+class Option;
+} // namespace CLI
 
 namespace loftmere {
 
@@ -30,5 +33,10 @@ void declareCheck(CLI::App& parser, Request& request);
 
 // A verb with the options that all verbs share.
 CLI::App& addVerb(CLI::App& parser, Request& request, const char* name, const char* description);
+
+// Declares operands, or the values of an option, that are taken as they are given. The parser would read
+// "[a]" and "{}" as lists.
+CLI::Option* addWords(CLI::App& verb, const char* name, std::vector<std::string>& words,
+                      const char* description);
 
 } // namespace loftmere

@@ -57,9 +57,10 @@ BasicFields::BasicFields(const MainThread& main, Paths home)
              [this](const AppConfig& value) { (void)ConfigStore(paths).save(value); }) {}
 
 Result<Paths> AppModel::currentHome() {
-    const std::string home = homeDirectory();
-    if (readDirectory(home)) return Paths(home);
-    return failed(Failure::saying(fmt::format("the home folder {} cannot be read", home)));
+    const Paths paths(homeDirectory());
+    if (paths.home() == "/") return failed(Failure::saying("there is no home folder; set HOME to its path"));
+    if (readDirectory(paths.home())) return paths;
+    return failed(Failure::saying(fmt::format("the home folder {} cannot be read", paths.home())));
 }
 
 AppModel::AppModel(std::shared_ptr<MainThread> main, Paths home, Scanners scanners)

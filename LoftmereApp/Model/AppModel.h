@@ -33,8 +33,8 @@ public:
     // listed: everything would look clean there.
     static Result<Paths> currentHome();
 
-    // Reads the stored state, makes the support folders, looks at the volume and raises the process's limit of
-    // open files to what a scan needs. Starts no scan and no timer. Called on the main thread. Scans get
+    // Reads the stored state, makes the support folders, looks at the volume and raises the process's limit
+    // of open files to what a scan needs. Starts no scan and no timer. Called on the main thread. Scans get
     // their scanners from `scanners`; without it, all there are.
     AppModel(std::shared_ptr<MainThread> main, Paths home, Scanners scanners = nullptr);
     ~AppModel();
@@ -115,6 +115,9 @@ public:
     // Deletes a quarantine session for good. Logged as done whatever comes of it. To delete one of
     // `unreadableSessions`, pass a session with that id.
     Status purge(const QuarantineSession& session);
+
+    // Deletes the quarantine sessions that have expired, and logs it.
+    Task<ExpiredPurge> purgeExpired();
 
     // The newest `limit` entries of the log, newest first. `audit` holds the first 300 of them.
     Task<std::vector<AuditEntry>> history(size_t limit) const;

@@ -5,10 +5,13 @@
 #include "CleanerCore/Removal/Quarantine/Quarantine.h"
 #include "CleanerCore/Safety/SafetyPolicy.h"
 #include "CleanerCore/Support/ByteFormat.h"
+#include "CleanerCore/Support/ByteSum.h"
 #include "CleanerCore/Support/UUID.h"
 #include "LoftmereApp/Model/AppModelWork.h"
 
 #include <fmt/format.h>
+
+#include <algorithm>
 
 namespace loftmere {
 
@@ -38,6 +41,18 @@ PathVerdict shown(const SafetyPolicy::Verdict& verdict) {
         }
     };
     return std::visit(Show{}, verdict);
+}
+
+void logPurge(const Paths& paths, const std::string& target, int64_t bytes) {
+    AuditLog(paths).append({{.id = newUUID(),
+                             .date = currentDate(),
+                             .action = "purge",
+                             .target = target,
+                             .size = bytes,
+                             .category = std::nullopt,
+                             .trigger = ManualTrigger{},
+                             .success = true,
+                             .message = std::nullopt}});
 }
 
 } // namespace
@@ -87,17 +102,31 @@ Result<std::vector<CleanFailure>> AppModel::restore(const QuarantineSession& ses
 
 Status AppModel::purge(const QuarantineSession& session) {
     const Status purged = Quarantine(paths).purge(session.id);
-    AuditLog(paths).append({{.id = newUUID(),
-                             .date = currentDate(),
-                             .action = "purge",
-                             .target = session.id,
-                             .size = session.totalSize(),
-                             .category = std::nullopt,
-                             .trigger = ManualTrigger{},
-                             .success = true,
-                             .message = std::nullopt}});
+    logPurge(paths, session.id, session.totalSize());
     refreshSafety();
     return purged;
+}
+
+Task<ExpiredPurge> AppModel::purgeExpired() {
+    const ExpiredPurge purge = co_await work_->background([home = paths] {
+        const Date now = currentDate();
+        Quarantine quarantine(home);
+        std::vector<QuarantineSession> expired = quarantine.sessions();
+        std::erase_if(expired, [&](const auto& session) { return session.expiresAt > now; });
+        quarantine.purgeExpired(now);
+        const std::vector<QuarantineSession> left = quarantine.sessions();
+        ExpiredPurge done;
+        for (const QuarantineSession& session : expired) {
+            const bool isLeft = std::ranges::find(left, session.id, &QuarantineSession::id) != left.end();
+            (isLeft ? done.left : done.purged).push_back(session.id);
+            if (!isLeft) addBytes(done.bytes, session.totalSize());
+        }
+        if (done.bytes > 0) logPurge(home, "expired quarantine", done.bytes);
+        return done;
+    });
+    refreshSafety();
+    space = FS::volumeSpace(paths.home());
+    co_return purge;
 }
 
 Task<std::vector<AuditEntry>> AppModel::history(size_t limit) const {

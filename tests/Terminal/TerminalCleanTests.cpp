@@ -10,6 +10,8 @@
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 
+#include <csignal>
+
 using namespace loftmere;
 using namespace loftmere::test;
 using testing::HasSubstr;
@@ -95,7 +97,7 @@ TEST_F(TerminalClean, ActsOnWhatIsTickedOrOnTheIdsThatWereChosen) {
     const auto chosen =
         run({"clean", "personal", "--select", home.at(download), "--select", "/none\x1B[2J", "--yes"});
     EXPECT_EQ(chosen.status, 1); // one of them was not found
-    EXPECT_THAT(chosen.err, HasSubstr("no scan found /none\u241B[2J"));
+    EXPECT_THAT(chosen.err, HasSubstr("no scan found \"/none\u241B[2J\""));
     EXPECT_THAT(chosen.out, HasSubstr("loftmere undo "));
     EXPECT_FALSE(stands(download));
     EXPECT_TRUE(stands(".Trash/thrown.txt"));
@@ -126,16 +128,50 @@ TEST_F(TerminalClean, AsksAPersonAndTakesNoForAnAnswer) {
     }
 }
 
-TEST_F(TerminalClean, AnInterruptStopsBetweenTwoItemsAndTheLogTellsOfThoseBefore) {
-    constexpr size_t count = 20'000;
+TEST_F(TerminalClean, ThePreviewIsOnTheScreenBeforeAnythingIsDoneAndNothingIsAskedInVain) {
+    const std::string out = home.at("out");
+    const Words redirected{"sh", "-c", "exec \"$0\" \"$@\" > '" + out + "'"};
+    for (int i = 0; i < 20; ++i) home.file(".Trash/" + std::to_string(i), "");
+    TerminalScreen asked(home.path(), {"clean", "trash", "--all"}, 80, redirected);
+    EXPECT_THAT(asked.waitFor("[y/N] "), HasSubstr("+ 6 more"));
+    asked.type("n\n");
+    asked.finish();
+    const auto listed =
+        TerminalScreen(home.path(), {"clean", "trash", "--all", "--yes", "--json", "--verbose"}, 80,
+                       redirected)
+            .finish();
+    EXPECT_THAT(listed.out, HasSubstr("~/.Trash/19\n"));
+
+    // A file that the user protects: nothing can be done, so nothing is asked, and nothing is logged.
+    home.file(".Trash/kept", "x");
+    home.file("Library/Application Support/Ostrel Loftmere/config.json",
+              "{\"protectedPaths\": [\"" + home.at(".Trash/kept") + "\"]}");
+    const size_t logged = AuditLog(home.paths()).recent(100).size();
+    const auto vain = TerminalScreen(home.path(), {"clean", "trash", "--all"}, 80).finish();
+    EXPECT_THAT(vain.out, Not(HasSubstr("[y/N]")));
+    EXPECT_EQ(AuditLog(home.paths()).recent(100).size(), logged);
+}
+
+TEST_F(TerminalClean, EveryStopSignalStopsBetweenTwoItemsAndTheLogTellsOfThoseBefore) {
+    constexpr size_t count = 8'000;
     for (size_t i = 0; i < count; ++i) home.file(".Trash/" + std::to_string(i), "");
-    TerminalScreen screen(home.path(), {"clean", "trash", "--all", "--yes"}, 80);
-    screen.waitFor(" %  Cleaning");
-    screen.type("\x03");
-    EXPECT_EQ(screen.finish().status, 130);
-    const size_t left = FS::children(home.at(".Trash")).size();
-    EXPECT_GT(left, 0U);
-    EXPECT_EQ(AuditLog(home.paths()).recent(2 * count).size(), count + 1 - left);
+    size_t before = FS::children(home.at(".Trash")).size();
+    size_t logged = 0;
+    for (const auto& [number, status] :
+         {std::pair(0, 130), std::pair(SIGTERM, 143), std::pair(SIGHUP, 129)}) {
+        TerminalScreen screen(home.path(), {"clean", "trash", "--all", "--yes"}, 80);
+        EXPECT_THAT(screen.waitFor(" %  Cleaning"), HasSubstr("Delete immediately")); // the preview
+        if (number == 0)
+            screen.type("\x03\x03"); // the second one waits for the log as well
+        else
+            screen.signal(number);
+        EXPECT_EQ(screen.finish().status, status);
+        const size_t left = FS::children(home.at(".Trash")).size();
+        EXPECT_TRUE(left > 0 && left < before) << left;
+        logged += before - left;
+        EXPECT_EQ(AuditLog(home.paths()).recent(2 * count).size(), logged);
+        before = left;
+    }
 }
 
 TEST_F(TerminalClean, UndoBringsBackAndSessionsHistoryAndPurgeTellTheTruth) {
@@ -176,7 +212,6 @@ TEST_F(TerminalClean, UndoBringsBackAndSessionsHistoryAndPurgeTellTheTruth) {
     EXPECT_EQ(history[1]["success"], false);
     EXPECT_THAT(run({"history"}).out, HasSubstr("not done: 1 item(s) could not be restored"));
     EXPECT_EQ(run({"history", "--limit", "-1"}).status, 2);
-    EXPECT_EQ(run({"history", "--limit", "0"}).status, 0);
 }
 
 TEST_F(TerminalClean, SessionsThatCannotBeReadAreNamedAndPurged) {
@@ -186,6 +221,28 @@ TEST_F(TerminalClean, SessionsThatCannotBeReadAreNamedAndPurged) {
     EXPECT_EQ(run({"purge", "damaged"}).out, "Purged session damaged, which could not be read\n");
     EXPECT_EQ(run({"sessions"}).err, "");
     EXPECT_EQ(run({"purge", ".."}).status, 1);
+}
+
+TEST_F(TerminalClean, ExpiredSessionsAreGivenUpByTheNextCleanOrWhenAsked) {
+    const auto expired = [&] {
+        Quarantine quarantine(home.paths());
+        auto session =
+            quarantine.beginSession(ManualTrigger{}, 7, addSeconds(currentDate(), -8 * 86400)).value();
+        const std::string path = home.file("Documents/old", "x");
+        EXPECT_TRUE(quarantine.add(path, 5000, CleanCategory::oldDownloads, session));
+        EXPECT_TRUE(quarantine.finish(session));
+        return session.id;
+    };
+    expired();
+    EXPECT_THAT(run({"sessions"}).out, HasSubstr("the next clean deletes it"));
+    EXPECT_THAT(run({"clean", "trash", "--all", "--dry-run"}).out,
+                HasSubstr("Also deletes from quarantine: 1 expired session, 5 KB."));
+    EXPECT_EQ(json({"sessions"}).size(), 1U);
+    EXPECT_THAT(run({"clean", "trash", "--all", "--yes"}).err, HasSubstr("purged 1 expired session, 5 KB"));
+    EXPECT_EQ(json({"sessions"}), Json::array());
+    const std::string second = expired();
+    EXPECT_EQ(json({"purge", "--expired"}), Json({{"sessions", {second}}, {"freedBytes", 5000}}));
+    EXPECT_EQ(json({"history"})[0]["target"], "expired quarantine");
 }
 
 TEST_F(TerminalClean, CheckTellsTheVerdictInWordsAndByName) {

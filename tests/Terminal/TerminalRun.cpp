@@ -90,6 +90,10 @@ void TerminalScreen::type(const std::string& keys) {
     if (::write(terminal_, keys.data(), keys.size()) < 0) shown_ += "<the terminal is gone>";
 }
 
+void TerminalScreen::signal(int number) const {
+    ::kill(child_, number);
+}
+
 bool TerminalScreen::readMore() {
     pollfd end{.fd = terminal_, .events = POLLIN, .revents = 0};
     if (::poll(&end, 1, patienceSeconds * 1000) <= 0) return false;

@@ -61,6 +61,19 @@ TEST(TerminalProgram, AnswersUsageQuestionsAndMistakes) {
              Case{{"scan", "esc\x1B[2J"}, 2, "", "esc\u241B[2J"},
              Case{{"scan", "smartCare"}, 2, "", "no category or section"},
              Case{{"scan", "appBundle"}, 0, "", "no scan looks for appBundle"},
+             Case{{"scan", "[]"}, 2, "", "no category or section \"[]\""},
+             Case{{"clean", "{}", "--yes"}, 2, "", "no category or section \"{}\""},
+             Case{{"clean", "++", "--yes"}, 2, "", "no category or section \"++\""},
+             Case{{"clean", "trash", "--yes", "--select=", "logs"},
+                  1,
+                  "Nothing to clean",
+                  "no scan found \"\";"},
+             Case{{"undo", ""}, 1, "", "there is no session \"\";"},
+             Case{
+                 {"history", "--limit", "abc"}, 2, "", "--limit takes a whole number from 0 on, not \"abc\""},
+             Case{{"history", "--limit=99999999999999999999"}, 0, "Nothing was done yet.", ""},
+             Case{{"purge"}, 2, "", "--expired"},
+             Case{{"purge", "--expired"}, 0, "No session was purged.", ""},
              Case{{"scan", "trash"}, 0, "Nothing to remove here right now.", ""},
          }) {
         const auto result = runTerminal(home.path(), c.arguments);
@@ -103,15 +116,17 @@ TEST(TerminalProgram, NoNameFromDiskReachesTheTerminalAsItIs) {
     EXPECT_TRUE(isShowable(piped.out)) << piped.out;
     EXPECT_THAT(piped.out, HasSubstr("esc\u241B[31mred"));
     EXPECT_THAT(piped.out, HasSubstr(std::string(255, 'n'))); // nothing is cut where no terminal is
+    const auto verbose = TerminalScreen(home.path(), {"scan", "trash", "--verbose"}, 80).finish();
+    EXPECT_THAT(verbose.out, HasSubstr("~/.Trash/" + std::string(255, 'n')));
 
     home.fileOfSize("Library/Caches/com.example/data", 100'000);
     home.setAgeDays("Library/Caches/com.example", 2);
     const Words narrow{"scan", "userCaches", "trash", "logs", "crashReports"};
-    for (const int columns : {40, 80, 120}) {
+    for (const int columns : {20, 34, 80, 120}) {
         const auto shown = TerminalScreen(home.path(), narrow, columns).finish();
         EXPECT_EQ(shown.status, 0);
         EXPECT_THAT(shown.out, HasSubstr("removes"));
-        EXPECT_THAT(shown.out, HasSubstr("\x1B[33mReview "));
+        EXPECT_THAT(shown.out, HasSubstr("\x1B[33mReview"));
         const std::string plain = withoutEscapes(shown.out);
         EXPECT_TRUE(isShowable(plain)) << plain;
         for (const std::string& line : splitOmittingEmpty(plain, '\n'))
@@ -129,7 +144,7 @@ TEST(TerminalProgram, AVanishedReaderIsNoFailureButAFullDiskIs) {
     for (const auto& [command, status] :
          {std::pair("\"$0\" scan | true; exit ${PIPESTATUS[0]}", 0), std::pair("\"$0\" scan > /dev/full", 1),
           std::pair("\"$0\" --help > /dev/full", 1), std::pair("\"$0\" scan >&-", 1),
-          std::pair("HOME=/dev/null \"$0\" scan", 1)}) {
+          std::pair("HOME=/dev/null \"$0\" scan", 1), std::pair("HOME=/ \"$0\" scan", 1)}) {
         const auto run =
             Shell::run("env", {"HOME=" + home.path(), "bash", "-c", command, LOFTMERE_TERMINAL}, 60);
         EXPECT_EQ(run.status, status) << command;
@@ -142,8 +157,11 @@ TEST(Layout, CutsAndBreaksByWhatIsSeen) {
     EXPECT_EQ(cutEnd("日本語", 5, "…"), "日本…");
     EXPECT_EQ(cutEnd("日本語", 4, "…"), "日…"); // a wide letter is not split
     EXPECT_EQ(cutEnd("abcdef", 2, "..."), "ab");
-    EXPECT_EQ(cutStart("/a/日本", 5, "…"), "…日本");
-    EXPECT_EQ(cutStart("xe\u0301y", 2, "…"), "…y"); // a mark goes with its letter
+    EXPECT_EQ(shortPath("~/Library/Caches/a/b", 17, "…"), "~/Library/…/a/b");
+    EXPECT_EQ(shortPath("~/Library/Caches/a/b", 14, "…"), "~/Library/…/b");
+    EXPECT_EQ(shortPath("~/Library/Caches/a/b", 6, "…"), "~/…/b");
+    EXPECT_EQ(shortPath("/a/日本", 5, "…"), "…日本");
+    EXPECT_EQ(shortPath("xe\u0301y", 2, "…"), "…y"); // a mark goes with its letter
     EXPECT_EQ(padLeft("日", 4), "  日");
     EXPECT_THAT(wrapped("one two three", 7), ElementsAre("one two", "three"));
     EXPECT_THAT(wrapped("一二三四", 5), ElementsAre("一二", "三四"));

@@ -4,6 +4,7 @@
 #include "CleanerCore/Removal/Quarantine/QuarantineSession.h"
 #include "LoftmereApp/Model/Published.h"
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -20,6 +21,13 @@ struct SafetyFields : FieldGroup {
     Published<std::vector<std::string>> unreadableSessions{main_};
 
     Published<std::vector<AuditEntry>> audit{main_}; // the newest 300, newest first
+};
+
+// What became of the quarantine sessions that had expired.
+struct ExpiredPurge {
+    std::vector<std::string> purged; // their ids
+    int64_t bytes = 0;               // that these held
+    std::vector<std::string> left;   // the ids of those that could not be deleted
 };
 
 // What the safety policy says of a path.
