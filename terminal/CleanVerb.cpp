@@ -186,10 +186,10 @@ void declareClean(CLI::App& parser, Request& request) {
     addWords(verb, "NAME", options->names, "Categories and sections to clean; none means all");
     auto* all =
         verb.add_flag("--all", options->all, "Act on everything that is found, not only on what is ticked");
-    addWords(
-        verb, "--select", options->selected,
-        "Act on the finding with this id instead; may be repeated. The id of a file or folder is its path; "
-        "\"loftmere scan --json\" lists all ids")
+    addWords(verb, "--select", options->selected,
+             "Act on the finding with this id instead; may be\n"
+             "repeated. The id of a file or folder is its path;\n"
+             "\"loftmere scan --json\" lists all ids")
         ->type_name("ID")
         ->excludes(all);
     verb.add_flag("--dry-run", options->dryRun, "Show what would happen and change nothing");
@@ -197,7 +197,7 @@ void declareClean(CLI::App& parser, Request& request) {
     verb.add_flag("--admin", options->admin,
                   "In the end remove what needs administrator rights, with one prompt");
     verb.add_flag("--verbose", options->verbose,
-                  "List every item, not only the first of each group, and whole paths");
+                  "List every item, not only the first 15 of each\ngroup, and whole paths");
     verb.footer(namesHelp());
     verb.callback([&request, options] {
         request.run = [options](Program& program) { return clean(program, *options); };

@@ -12,7 +12,7 @@ constexpr const char* version = "loftmere " LOFTMERE_VERSION;
 constexpr const char* purpose =
     "Ostrel Loftmere: a disk cleaner that explains itself and can undo what it did";
 constexpr const char* hint = "Start with \"loftmere scan\": it looks and removes nothing.\n"
-                             "\"loftmere VERB --help\" tells more about a verb.";
+                             "\"loftmere VERB --help\" says more about a verb.";
 
 constexpr const char* jsonHelp = "Print JSON instead of text";
 
@@ -22,10 +22,8 @@ constexpr char asIs = '\x1F';
 
 // The words of the help, where the parser's own words would be other ones.
 constexpr std::pair<const char*, const char*> labels[]{
-    {"SUBCOMMAND", "VERB"},
-    {"Positionals", "Operands"},
-    {"TEXT", ""},
-    {"OPTIONS", "OPTION..."},
+    {"SUBCOMMAND", "VERB"},   {"Positionals", "Operands"}, {"TEXT", ""},
+    {"OPTIONS", "OPTION..."}, {"Excludes", "not with"},
 };
 
 // The words of the command line as the parser takes them, the last first.
@@ -90,7 +88,7 @@ std::optional<int> parse(CLI::App& parser, Console& console, int argc, char** ar
         std::string message = error.what();
         std::erase(message, asIs);
         console.say(printable(message));
-        console.say("\"loftmere --help\" tells what there is");
+        console.say("\"loftmere --help\" lists what there is");
         return static_cast<int>(ExitStatus::usage);
     }
 }

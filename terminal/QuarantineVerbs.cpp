@@ -222,7 +222,7 @@ void declareSessions(CLI::App& parser, Request& request) {
         addVerb(parser, request, "sessions", "List what is in quarantine and can be brought back");
     const auto verbose = std::make_shared<bool>(false);
     verb.add_flag("--verbose", *verbose,
-                  "List every item, not only the first of each session, and whole paths");
+                  "List every item, not only the first 15 of each\nsession, and whole paths");
     verb.callback([&request, verbose] {
         request.run = [verbose](Program& program) { return sessions(program, *verbose); };
     });

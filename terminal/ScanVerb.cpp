@@ -156,7 +156,7 @@ void declareScan(CLI::App& parser, Request& request) {
         addVerb(parser, request, "scan", "Find what could go, how much it is, why, and at what risk");
     addWords(verb, "NAME", options->names, "Categories and sections to look through; none means all");
     verb.add_flag("--verbose", options->verbose,
-                  "List every finding, not only the largest of each category, and whole paths");
+                  "List every finding, not only the 15 largest of each\ncategory, and whole paths");
     verb.footer(namesHelp());
     verb.callback([&request, options] {
         request.run = [options](Program& program) { return scan(program, *options); };
