@@ -1,7 +1,6 @@
 #include "terminal/CleanText.h"
 
-#include "CleanerCore/Support/ByteFormat.h"
-#include "CleanerCore/Support/ByteSum.h"
+#include "CleanerCore/Support/ByteCount.h"
 #include "CleanerCore/Support/Text.h"
 #include "terminal/Findings.h"
 
@@ -26,10 +25,10 @@ struct Group {
 // In the order in which they are shown.
 // clang-format off
 constexpr std::array groups{
-    Group{CleanAction::remove,        "Delete immediately",                   "", true},
+    Group{CleanAction::remove,        label(Disposal::remove),                "", true},
     Group{CleanAction::command,       "Run a command",                        "", true},
-    Group{CleanAction::trash,         "Move to Trash",                        "", true},
-    Group{CleanAction::quarantine,    "Quarantine (undo)",                    "", true},
+    Group{CleanAction::trash,         label(Disposal::trash),                 "", true},
+    Group{CleanAction::quarantine,    label(Disposal::quarantine),            "", true},
     Group{CleanAction::evict,         "Offload to cloud",                     "Local copies are removed. Files stay in the cloud and download again when you open them.", true},
     Group{CleanAction::queueForAdmin, "Wait for administrator rights",        "Removed with --admin, after one password prompt.", true},
     Group{CleanAction::removeAsAdmin, "Delete with administrator rights",     "Asks for the password.", true},

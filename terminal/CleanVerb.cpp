@@ -1,5 +1,5 @@
 #include "CleanerCore/Platform/Terminal.h"
-#include "CleanerCore/Support/ByteFormat.h"
+#include "CleanerCore/Support/ByteCount.h"
 #include "terminal/CleanText.h"
 #include "terminal/Findings.h"
 #include "terminal/Verbs.h"

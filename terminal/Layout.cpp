@@ -1,15 +1,12 @@
 #include "terminal/Layout.h"
 
-#include "CleanerCore/Support/ByteFormat.h"
-#include "CleanerCore/Support/ByteSum.h"
-#include "CleanerCore/Support/DisplayWidth.h"
+#include "CleanerCore/Support/ByteCount.h"
 #include "CleanerCore/Support/Text.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <array>
-#include <ctime>
 
 namespace loftmere {
 
@@ -237,11 +234,7 @@ std::string shownMessage(std::string_view message) {
 }
 
 std::string shownDate(Date date) {
-    const std::time_t seconds = std::chrono::system_clock::to_time_t(date);
-    std::tm local{};
-    if (::localtime_r(&seconds, &local) == nullptr) return toISO8601(date);
-    char text[64];
-    return {text, std::strftime(text, sizeof text, "%Y-%m-%d %H:%M", &local)};
+    return DateText::local(date, "%Y-%m-%d %H:%M");
 }
 
 std::string riskTag(Risk risk) {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "CleanerCore/Records/ScanItem.h"
-#include "CleanerCore/Records/VolumeSpace.h"
+#include "CleanerCore/Support/ByteCount.h"
 #include "CleanerCore/Support/Date.h"
 #include "terminal/Console.h"
 

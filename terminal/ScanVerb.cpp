@@ -1,4 +1,4 @@
-#include "CleanerCore/Support/ByteFormat.h"
+#include "CleanerCore/Support/ByteCount.h"
 #include "CleanerCore/Support/Text.h"
 #include "terminal/Findings.h"
 #include "terminal/Verbs.h"

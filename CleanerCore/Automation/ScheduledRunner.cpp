@@ -1,6 +1,6 @@
 #include "CleanerCore/Automation/ScheduledRunner.h"
 
-#include "CleanerCore/Support/ByteFormat.h"
+#include "CleanerCore/Support/ByteCount.h"
 #include "CleanerCore/Support/Text.h"
 
 #include <fmt/format.h>

@@ -1,25 +1,29 @@
 #pragma once
 
+#include "CleanerCore/Files/Paths.h"
+#include "CleanerCore/Records/AppConfig.h"
 #include "CleanerCore/Support/RecordCodec.h"
 #include "CleanerCore/Support/Result.h"
 
 #include <optional>
 #include <string>
 
-// Whole-file reading and writing of records. Any thread; a reader sees the old file or the new one.
-namespace loftmere::JSONStore {
+namespace loftmere {
 
-// No list of ours is longer, be it of a million items.
+// Whole-file reading and writing of records. Any thread; a reader sees the old file or the new one.
+namespace JSONStore {
+
+// None of our lists is longer, even one of a million items.
 inline constexpr int64_t largestFile = int64_t{1} << 31;
 
-// The parsed file, absent when it is missing, unreadable, malformed or of more than `limit` bytes.
+// The parsed file. Absent when it is missing, unreadable, malformed or longer than `limit` bytes.
 std::optional<Json> loadJson(const std::string& path, int64_t limit = largestFile);
 
 // Writes pretty printed with sorted keys, atomically and durably, and makes the parent folders. On failure
-// the old file stands as it was.
+// the old file is unchanged.
 Status saveJson(const Json& value, const std::string& path);
 
-// The decoded file; absent on any failure, also when a value has the wrong shape. Nothing is logged.
+// The decoded file. Absent on any failure, also when a value has the wrong shape. Nothing is logged.
 template <class T> std::optional<T> load(const std::string& path, int64_t limit = largestFile) {
     const auto json = loadJson(path, limit);
     if (!json) return std::nullopt;
@@ -30,4 +34,23 @@ template <class T> Status save(const T& value, const std::string& path) {
     return saveJson(JsonCodec<T>::encode(value), path);
 }
 
-} // namespace loftmere::JSONStore
+} // namespace JSONStore
+
+// The user's settings on disk. No lock: the last writer wins.
+class ConfigStore {
+public:
+    explicit ConfigStore(const Paths& paths) : file_(paths.configFile()) {}
+
+    // All defaults when the file is missing or cannot be decoded. Such a file is left as it is.
+    AppConfig load() const;
+
+    // Whether there is a file that `load` cannot decode, so that nobody knows what the user protects.
+    bool isDamaged() const;
+
+    Status save(const AppConfig& config) const;
+
+private:
+    std::string file_;
+};
+
+} // namespace loftmere

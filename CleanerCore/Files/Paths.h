@@ -7,10 +7,18 @@
 
 namespace loftmere {
 
+namespace AppInfo {
+
+inline constexpr const char* name = "Ostrel Loftmere";
+inline constexpr const char* bundleID = "com.ostrel.loftmere";
+inline constexpr const char* agentLabel = "com.ostrel.loftmere.agent";
+
+} // namespace AppInfo
+
 // Every location of the program, computed from one home folder. All are absolute when `home` is.
 class Paths {
 public:
-    // Stores the home folder with repeated slashes, "." and ".." taken away.
+    // Stores the home folder without repeated slashes, "." and "..".
     explicit Paths(std::string_view home);
 
     const std::string& home() const { return home_; }
@@ -25,12 +33,12 @@ public:
     std::string agentLogFile() const { return lib("Logs/Ostrel Loftmere/agent.log"); }
     std::string launchAgentPlist() const { return lib("LaunchAgents/com.ostrel.loftmere.agent.plist"); }
 
-    // Makes `quarantineDir` and the folder of `agentLogFile`, after carrying over what a former installation
-    // left. Fails when a folder cannot be made.
+    // Makes `quarantineDir` and the folder of `agentLogFile`, after migrateLegacySupportDir(). Fails when a
+    // folder cannot be made.
     Status ensureSupportDirs() const;
 
-    // Moves the former product's support folder to `supportDir`, in one rename, unless that exists already:
-    // then the new location wins and the old folder stays untouched. Silent on failure.
+    // Moves a former installation's support folder to `supportDir` in one rename. If `supportDir` exists, the
+    // old folder stays untouched. Silent on failure.
     void migrateLegacySupportDir() const;
 
     bool operator==(const Paths&) const = default;

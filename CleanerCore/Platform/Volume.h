@@ -1,6 +1,6 @@
 #pragma once
 
-#include "CleanerCore/Records/VolumeSpace.h"
+#include "CleanerCore/Support/ByteCount.h"
 
 #include <cstdint>
 #include <optional>

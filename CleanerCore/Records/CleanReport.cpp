@@ -1,6 +1,6 @@
 #include "CleanerCore/Records/CleanReport.h"
 
-#include "CleanerCore/Support/ByteSum.h"
+#include "CleanerCore/Support/ByteCount.h"
 #include "CleanerCore/Support/RecordCodec.h"
 
 namespace loftmere {

@@ -1,6 +1,6 @@
 #include "CleanerCore/Records/ScanItem.h"
 
-#include "CleanerCore/Support/ByteSum.h"
+#include "CleanerCore/Support/ByteCount.h"
 #include "CleanerCore/Support/PathText.h"
 #include "CleanerCore/Support/RecordCodec.h"
 

@@ -3,11 +3,11 @@
 #include "CleanerCore/Platform/AppendFile.h"
 #include "CleanerCore/Platform/RegularFile.h"
 #include "CleanerCore/Removal/AuditLine.h"
+#include "CleanerCore/Support/ByteCount.h"
 
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <limits>
 #include <span>
 
 namespace loftmere {
@@ -62,17 +62,11 @@ template <class Visit> void backwards(std::string_view text, Visit visit) {
     }
 }
 
-int64_t saturatingSum(int64_t a, int64_t b) {
-    int64_t sum = 0;
-    if (!__builtin_add_overflow(a, b, &sum)) return sum;
-    return a > 0 ? std::numeric_limits<int64_t>::max() : std::numeric_limits<int64_t>::min();
-}
-
 // Adds up whole lines and answers how much of the text they are.
 size_t addWholeLines(std::string_view text, int64_t& sum) {
     size_t used = 0;
     for (size_t end = text.find('\n'); end != std::string_view::npos; end = text.find('\n', used)) {
-        sum = saturatingSum(sum, freedBytesOf(text.substr(used, end - used)));
+        addBytes(sum, freedBytesOf(text.substr(used, end - used)));
         used = end + 1;
     }
     return used;
@@ -121,7 +115,8 @@ int64_t AuditLog::lifetimeFreed() const {
         offset += static_cast<int64_t>(*got);
         text.erase(0, addWholeLines(text, sum));
     }
-    return saturatingSum(sum, freedBytesOf(text));
+    addBytes(sum, freedBytesOf(text));
+    return sum;
 }
 
 } // namespace loftmere

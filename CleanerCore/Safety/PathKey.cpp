@@ -1,8 +1,8 @@
 #include "CleanerCore/Safety/PathKey.h"
 
 #include "CleanerCore/Platform/FileStatus.h"
-#include "CleanerCore/Support/CanonicalText.h"
 #include "CleanerCore/Support/PathText.h"
+#include "CleanerCore/Support/TextOrder.h"
 
 #include <algorithm>
 

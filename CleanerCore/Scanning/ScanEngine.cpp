@@ -1,8 +1,8 @@
 #include "CleanerCore/Scanning/ScanEngine.h"
 
 #include "CleanerCore/Safety/SafetyPolicy.h"
-#include "CleanerCore/Support/CanonicalText.h"
 #include "CleanerCore/Support/Concurrent.h"
+#include "CleanerCore/Support/TextOrder.h"
 
 #include <fmt/format.h>
 

@@ -1,8 +1,13 @@
 #include "CleanerCore/Support/Date.h"
 
 #include <fmt/format.h>
+#include <unicode/datefmt.h>
+#include <unicode/locid.h>
+#include <unicode/unistr.h>
 
 #include <algorithm>
+#include <array>
+#include <memory>
 
 namespace loftmere {
 
@@ -10,7 +15,7 @@ namespace {
 
 using Duration = Date::duration;
 
-// What four digits of a year can tell.
+// What a year of four digits can express.
 constexpr std::chrono::sys_seconds earliest = std::chrono::sys_days(std::chrono::year(0) / 1 / 1);
 constexpr std::chrono::sys_seconds latest =
     std::chrono::sys_days(std::chrono::year(10000) / 1 / 1) - std::chrono::seconds(1);
@@ -75,7 +80,7 @@ Date dateFrom(const timespec& stamp) {
 }
 
 std::string toISO8601(Date date) {
-    // A clock of microseconds reaches further; what is written must be read again.
+    // A clock of microseconds reaches further than what can be read again.
     const auto second = std::clamp(std::chrono::floor<std::chrono::seconds>(date), earliest, latest);
     const auto day = std::chrono::floor<std::chrono::days>(second);
     const std::chrono::year_month_day civil(day);
@@ -108,6 +113,25 @@ std::optional<Date> fromISO8601(std::string_view text) {
                                             std::chrono::minutes(*minute) + std::chrono::seconds(*second) -
                                             *zone;
     return dateFrom({.tv_sec = moment.time_since_epoch().count(), .tv_nsec = 0});
+}
+
+std::string DateText::medium(Date date, const std::string& locale) {
+    const std::unique_ptr<icu::DateFormat> format(
+        icu::DateFormat::createDateInstance(icu::DateFormat::kMedium, icu::Locale(locale.c_str())));
+    if (!format) return toISO8601(date).substr(0, 10); // ICU found none of its data
+    using Milliseconds = std::chrono::duration<double, std::milli>;
+    icu::UnicodeString text;
+    format->format(std::chrono::duration_cast<Milliseconds>(date.time_since_epoch()).count(), text);
+    std::string utf8;
+    return text.toUTF8String(utf8);
+}
+
+std::string DateText::local(Date date, const char* format) {
+    const std::time_t seconds = std::chrono::system_clock::to_time_t(date);
+    std::tm local{};
+    if (::localtime_r(&seconds, &local) == nullptr) return toISO8601(date);
+    std::array<char, 64> text{};
+    return {text.data(), std::strftime(text.data(), text.size(), format, &local)};
 }
 
 } // namespace loftmere

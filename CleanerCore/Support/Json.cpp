@@ -10,7 +10,7 @@ namespace loftmere {
 
 namespace {
 
-// A JSON number that stands for a whole one within [low, high]; 3.0 is as good as 3.
+// A whole JSON number within [low, high]. 3.0 is as good as 3.
 std::optional<int64_t> wholeNumber(const Json& json, int64_t low, int64_t high) {
     int64_t value = 0;
     if (json.is_number_unsigned()) {
@@ -30,7 +30,7 @@ std::optional<int64_t> wholeNumber(const Json& json, int64_t low, int64_t high) 
     return value;
 }
 
-// What is nested deeper is nobody's file of ours; copying or comparing it would need as deep a stack.
+// None of our files is nested deeper. Copying or comparing one that is would need as deep a stack.
 constexpr int deepestNesting = 256;
 
 bool isTooDeep(std::string_view text) {

@@ -16,8 +16,8 @@ namespace loftmere {
 
 using Json = nlohmann::json;
 
-// How a type stands in JSON. `decode` answers absent when the value has the wrong shape; nothing throws.
-// A record gets its codec by declaring one in its header and defining it with RecordCodec.h in its source.
+// The JSON form of a type. `decode` is absent when the value has the wrong shape; nothing throws. A record
+// declares its codec in its header and defines it in its source with RecordCodec.h.
 template <class T> struct JsonCodec;
 
 // Text of a JSON value. `pretty` gives the form of every file kept on disk: indented, keys in alphabetical
@@ -25,8 +25,8 @@ template <class T> struct JsonCodec;
 enum class JsonStyle { compact, pretty };
 Result<std::string> writeJson(const Json& value, JsonStyle style);
 
-// The value of a JSON text, absent when it is malformed, nested hundreds of levels deep or larger than the
-// memory there is.
+// The value of a JSON text. Absent when it is malformed, nested more than 256 levels deep or too large for
+// the memory.
 std::optional<Json> parseJson(std::string_view text);
 
 #define LOFTMERE_JSON_CODEC(Type)                                                                            \

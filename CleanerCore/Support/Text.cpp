@@ -28,19 +28,26 @@ bool isDangerous(UChar32 c) {
     }
 }
 
-// Calls `visit` with each character and its bytes; an invalid sequence is told as a negative character.
-template <class Visit> void forEachCharacter(std::string_view bytes, Visit visit) {
-    const auto* data = reinterpret_cast<const uint8_t*>(bytes.data());
-    const auto size = static_cast<int64_t>(bytes.size());
-    for (int64_t at = 0; at < size;) {
-        const int64_t start = at;
-        // ICU's macros count in 32 bits, so each character is read from a window of its own.
-        const auto window = static_cast<int32_t>(size - at < 8 ? size - at : 8);
-        int32_t length = 0;
-        UChar32 c = 0;
-        U8_NEXT(data + start, length, window, c);
-        at += length;
-        visit(c, bytes.substr(static_cast<size_t>(start), static_cast<size_t>(length)));
+struct Character {
+    UChar32 code; // negative for an invalid sequence
+    std::string_view bytes;
+};
+
+// The first character of a text that is not empty.
+Character firstCharacter(std::string_view text) {
+    // ICU's macros count in 32 bits, so they see a window that is longer than any character.
+    const auto window = static_cast<int32_t>(std::min<size_t>(text.size(), 8));
+    int32_t length = 0;
+    UChar32 code = 0;
+    U8_NEXT(reinterpret_cast<const uint8_t*>(text.data()), length, window, code);
+    return {code, text.substr(0, static_cast<size_t>(length))};
+}
+
+template <class Visit> void forEachCharacter(std::string_view text, Visit visit) {
+    while (!text.empty()) {
+        const Character next = firstCharacter(text);
+        visit(next.code, next.bytes);
+        text.remove_prefix(next.bytes.size());
     }
 }
 
@@ -49,6 +56,18 @@ std::string visibleStandIn(UChar32 c) {
     if (c < 0x20) return {'\xE2', '\x90', static_cast<char>(0x80 + c)};
     if (c == 0x7F) return "\xE2\x90\xA1";
     return std::string(replacement);
+}
+
+bool startsCharacter(char byte) {
+    return (static_cast<unsigned char>(byte) & 0xC0) != 0x80;
+}
+
+int widthOf(UChar32 c) {
+    if (c >= 0x20 && c < 0x7F) return 1;
+    const auto category = u_charType(c);
+    if (category == U_NON_SPACING_MARK || category == U_ENCLOSING_MARK || c == 0x200D) return 0;
+    const auto width = u_getIntPropertyValue(c, UCHAR_EAST_ASIAN_WIDTH);
+    return width == U_EA_WIDE || width == U_EA_FULLWIDTH ? 2 : 1;
 }
 
 } // namespace
@@ -97,7 +116,7 @@ std::string printableJson(std::string_view document) {
     std::string shown;
     shown.reserve(document.size());
     forEachCharacter(document, [&](UChar32 c, std::string_view raw) {
-        // Below this all control characters are escaped already, but for the line breaks between the values.
+        // JSON has escaped all control characters below this, except the line breaks between values.
         if (c < 0x7F || !isDangerous(c))
             shown += raw;
         else if (c < 0x10000)
@@ -121,6 +140,52 @@ size_t characterCount(std::string_view text) {
     size_t count = 0;
     while (ubrk_next(breaks.get()) != UBRK_DONE) ++count;
     return count;
+}
+
+std::string_view firstCharacters(std::string_view text, size_t count) {
+    size_t end = 0;
+    for (; end < text.size(); ++end) {
+        if (startsCharacter(text[end]) && count-- == 0) break;
+    }
+    return text.substr(0, end);
+}
+
+std::string_view wholeCharacters(std::string_view text, size_t size) {
+    if (text.size() <= size) return text;
+    while (size > 0 && !startsCharacter(text[size])) --size;
+    return text.substr(0, size);
+}
+
+int displayWidth(std::string_view text) {
+    int columns = 0;
+    forEachCharacter(text, [&](UChar32 c, std::string_view) { columns += widthOf(c); });
+    return columns;
+}
+
+std::string_view prefixOfWidth(std::string_view text, int columns) {
+    size_t end = 0;
+    while (end < text.size()) {
+        const Character next = firstCharacter(text.substr(end));
+        columns -= widthOf(next.code);
+        if (columns < 0) break;
+        end += next.bytes.size();
+    }
+    return text.substr(0, end);
+}
+
+std::string_view suffixOfWidth(std::string_view text, int columns) {
+    int surplus = displayWidth(text) - columns;
+    bool dropped = false;
+    while (!text.empty()) {
+        const Character next = firstCharacter(text);
+        const int width = widthOf(next.code);
+        // The marks of a dropped character are dropped with it.
+        if (surplus <= 0 && !(dropped && width == 0)) break;
+        surplus -= width;
+        dropped = true;
+        text.remove_prefix(next.bytes.size());
+    }
+    return text;
 }
 
 std::vector<std::string> splitOmittingEmpty(std::string_view text, char separator) {
@@ -148,6 +213,26 @@ std::string asciiLowercased(std::string_view text) {
         if (c >= 'A' && c <= 'Z') c = static_cast<char>(c + ('a' - 'A'));
     }
     return lower;
+}
+
+std::string shellQuoted(std::string_view word) {
+    std::string quoted = "'";
+    for (const char letter : word) {
+        if (letter == '\'')
+            quoted += R"('\'')";
+        else
+            quoted += letter;
+    }
+    return quoted + "'";
+}
+
+std::string appleScriptQuoted(std::string_view text) {
+    std::string quoted = "\"";
+    for (const char letter : text) {
+        if (letter == '\\' || letter == '"') quoted += '\\';
+        quoted += letter;
+    }
+    return quoted + "\"";
 }
 
 } // namespace loftmere

@@ -1,7 +1,7 @@
 #include "LoftmereApp/Model/AppModel.h"
 
-#include "CleanerCore/Files/ConfigStore.h"
 #include "CleanerCore/Files/FS.h"
+#include "CleanerCore/Files/JSONStore.h"
 #include "CleanerCore/Platform/DescriptorLimit.h"
 #include "CleanerCore/Platform/Directory.h"
 #include "CleanerCore/Platform/User.h"

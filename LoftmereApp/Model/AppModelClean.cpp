@@ -1,8 +1,8 @@
 #include "CleanerCore/Automation/ScheduledRunner.h"
 #include "CleanerCore/Files/FS.h"
 #include "CleanerCore/Platform/FileLock.h"
+#include "CleanerCore/Platform/RandomBytes.h"
 #include "CleanerCore/Removal/Cleaning/Cleaner.h"
-#include "CleanerCore/Support/UUID.h"
 #include "LoftmereApp/Model/AppModelWork.h"
 
 #include <fmt/format.h>

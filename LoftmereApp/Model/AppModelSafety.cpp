@@ -1,12 +1,11 @@
 #include "CleanerCore/Files/FS.h"
+#include "CleanerCore/Platform/RandomBytes.h"
 #include "CleanerCore/Removal/Administrator/PrivilegedSession.h"
 #include "CleanerCore/Removal/AuditLog.h"
 #include "CleanerCore/Removal/Cleaning/Cleaner.h"
 #include "CleanerCore/Removal/Quarantine/Quarantine.h"
 #include "CleanerCore/Safety/SafetyPolicy.h"
-#include "CleanerCore/Support/ByteFormat.h"
-#include "CleanerCore/Support/ByteSum.h"
-#include "CleanerCore/Support/UUID.h"
+#include "CleanerCore/Support/ByteCount.h"
 #include "LoftmereApp/Model/AppModelWork.h"
 
 #include <fmt/format.h>

@@ -1,5 +1,5 @@
-#include "CleanerCore/Files/ConfigStore.h"
 #include "CleanerCore/Files/FS.h"
+#include "CleanerCore/Files/JSONStore.h"
 #include "CleanerCore/Platform/FileContent.h"
 #include "tests/Support/TemporaryHome.h"
 

@@ -1,4 +1,4 @@
-#include "CleanerCore/Files/ConfigStore.h"
+#include "CleanerCore/Files/JSONStore.h"
 #include "tests/Support/ModelFixture.h"
 
 #include <gmock/gmock.h>

@@ -1,5 +1,5 @@
 #include "CleanerCore/Scanning/Duplicates/Hasher64.h"
-#include "CleanerCore/Support/Sha256.h"
+#include "CleanerCore/Support/Crypto.h"
 #include "tests/Support/TemporaryHome.h"
 
 #include <gtest/gtest.h>

@@ -1,11 +1,11 @@
 #include "CleanerCore/Platform/User.h"
 #include "CleanerCore/Support/Abandonable.h"
-#include "CleanerCore/Support/ByteFormat.h"
+#include "CleanerCore/Support/ByteCount.h"
 #include "CleanerCore/Support/Concurrent.h"
-#include "CleanerCore/Support/DateText.h"
-#include "CleanerCore/Support/NumericOrder.h"
+#include "CleanerCore/Support/Date.h"
 #include "CleanerCore/Support/PathText.h"
 #include "CleanerCore/Support/Text.h"
+#include "CleanerCore/Support/TextOrder.h"
 
 #include <gtest/gtest.h>
 

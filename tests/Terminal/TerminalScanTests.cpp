@@ -1,4 +1,3 @@
-#include "CleanerCore/Support/DisplayWidth.h"
 #include "CleanerCore/Support/Json.h"
 #include "CleanerCore/Support/Text.h"
 #include "terminal/Layout.h"

@@ -3,12 +3,12 @@
 #include "CleanerCore/Platform/User.h"
 #include "CleanerCore/Platform/posix/Calls.h"
 #include "CleanerCore/Platform/posix/TrashFolder.h"
+#include "CleanerCore/Support/Date.h"
 #include "CleanerCore/Support/PathText.h"
 
-#include <fmt/chrono.h>
+#include <fmt/format.h>
 
 #include <cstdlib>
-#include <ctime>
 
 namespace loftmere {
 
@@ -37,11 +37,8 @@ std::string percentEncoded(const std::string& path) {
 }
 
 std::string infoOf(const Place& place) {
-    tm local{};
-    const time_t now = std::time(nullptr);
-    ::localtime_r(&now, &local);
-    return fmt::format("[Trash Info]\nPath={}\nDeletionDate={:%Y-%m-%dT%H:%M:%S}\n",
-                       percentEncoded(place.realPath()), local);
+    return fmt::format("[Trash Info]\nPath={}\nDeletionDate={}\n", percentEncoded(place.realPath()),
+                       DateText::local(currentDate(), "%Y-%m-%dT%H:%M:%S"));
 }
 
 // The note is what reserves the name, so it is made first and never replaces another.

@@ -2,6 +2,7 @@
 
 #include "CleanerCore/Platform/Removal.h"
 #include "CleanerCore/Support/PathText.h"
+#include "CleanerCore/Support/Text.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -14,13 +15,6 @@ namespace {
 constexpr int mostTurns = 100000;
 constexpr size_t longestName = 255;
 constexpr size_t longestExtension = 32; // anything longer is no extension but part of the name
-
-// As many whole characters as fit into `size` bytes.
-std::string_view wholeCharacters(std::string_view text, size_t size) {
-    if (text.size() <= size) return text;
-    while (size > 0 && (static_cast<unsigned char>(text[size]) & 0xC0U) == 0x80U) --size;
-    return text.substr(0, size);
-}
 
 // The name to be tried at the n-th turn, of at most `size` bytes.
 std::string numberedName(const std::string& name, int turn, size_t size) {

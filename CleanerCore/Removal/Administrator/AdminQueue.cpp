@@ -1,12 +1,12 @@
 #include "CleanerCore/Removal/Administrator/AdminQueue.h"
 
 #include "CleanerCore/Files/FS.h"
+#include "CleanerCore/Platform/RandomBytes.h"
 #include "CleanerCore/Removal/Administrator/AdminRunner.h"
 #include "CleanerCore/Removal/AuditLog.h"
 #include "CleanerCore/Safety/SafetyPolicy.h"
-#include "CleanerCore/Support/ByteSum.h"
+#include "CleanerCore/Support/ByteCount.h"
 #include "CleanerCore/Support/Date.h"
-#include "CleanerCore/Support/UUID.h"
 
 #include <set>
 #include <variant>

@@ -2,7 +2,6 @@
 
 #include "CleanerCore/Files/FS.h"
 #include "CleanerCore/Removal/Administrator/PrivilegedSession.h"
-#include "CleanerCore/Support/Quoting.h"
 #include "CleanerCore/Support/Text.h"
 
 #include <fmt/format.h>
@@ -53,15 +52,6 @@ constexpr Explanation explanations[] = {
     {"read-only", "Read-only volume"},
 };
 
-std::string firstCharacters(const std::string& text, size_t count) {
-    size_t end = 0;
-    for (; end < text.size(); ++end) {
-        const bool startsCharacter = (static_cast<unsigned char>(text[end]) & 0xC0) != 0x80;
-        if (startsCharacter && count-- == 0) break;
-    }
-    return text.substr(0, end);
-}
-
 bool isDaemonsPlist(const std::string& path) {
     return path.starts_with("/Library/LaunchDaemons/") && path.ends_with(".plist");
 }
@@ -99,7 +89,7 @@ std::string explain(const Shell::Result& result, const std::string& path) {
         if (words.find(row.sign) != std::string::npos) return std::string(row.sentence);
     }
     if (result.err.empty()) return fmt::format("Still present after removal ({})", path);
-    return firstCharacters(result.err, 160);
+    return std::string(firstCharacters(result.err, 160));
 }
 
 Shell::Result oneShot(const std::string& command, const std::string& purpose, const AdminPrompt& prompt) {

@@ -9,10 +9,8 @@
 #include "CleanerCore/Platform/RandomBytes.h"
 #include "CleanerCore/Platform/Removal.h"
 #include "CleanerCore/Platform/User.h"
-#include "CleanerCore/Support/Base64.h"
-#include "CleanerCore/Support/Quoting.h"
+#include "CleanerCore/Support/Crypto.h"
 #include "CleanerCore/Support/Text.h"
-#include "CleanerCore/Support/UUID.h"
 
 #include <fmt/format.h>
 

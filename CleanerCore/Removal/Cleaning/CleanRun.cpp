@@ -1,11 +1,11 @@
 #include "CleanerCore/Removal/Cleaning/CleanRun.h"
 
+#include "CleanerCore/Platform/RandomBytes.h"
 #include "CleanerCore/Platform/Removal.h"
 #include "CleanerCore/Removal/CloudEvictor.h"
 #include "CleanerCore/Removal/CloudFiles.h"
-#include "CleanerCore/Support/ByteSum.h"
+#include "CleanerCore/Support/ByteCount.h"
 #include "CleanerCore/Support/Text.h"
-#include "CleanerCore/Support/UUID.h"
 
 #include <fmt/format.h>
 

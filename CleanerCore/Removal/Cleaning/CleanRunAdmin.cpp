@@ -1,6 +1,6 @@
 #include "CleanerCore/Removal/Administrator/AdminRunner.h"
 #include "CleanerCore/Removal/Cleaning/CleanRun.h"
-#include "CleanerCore/Support/ByteSum.h"
+#include "CleanerCore/Support/ByteCount.h"
 
 namespace loftmere {
 

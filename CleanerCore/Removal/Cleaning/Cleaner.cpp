@@ -1,8 +1,8 @@
 #include "CleanerCore/Removal/Cleaning/Cleaner.h"
 
+#include "CleanerCore/Platform/RandomBytes.h"
 #include "CleanerCore/Removal/Administrator/AdminRunner.h"
 #include "CleanerCore/Removal/Cleaning/CleanRun.h"
-#include "CleanerCore/Support/UUID.h"
 
 #include <fmt/format.h>
 

@@ -1,17 +1,16 @@
 #include "CleanerCore/Removal/Quarantine/Quarantine.h"
 
 #include "CleanerCore/Files/FS.h"
+#include "CleanerCore/Platform/RandomBytes.h"
 #include "CleanerCore/Platform/Removal.h"
 #include "CleanerCore/Removal/Quarantine/QuarantineRestore.h"
-#include "CleanerCore/Support/ByteSum.h"
+#include "CleanerCore/Support/ByteCount.h"
 #include "CleanerCore/Support/PathText.h"
-#include "CleanerCore/Support/UUID.h"
 
-#include <fmt/chrono.h>
+#include <fmt/format.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <ctime>
 #include <tuple>
 
 namespace loftmere {
@@ -23,12 +22,10 @@ constexpr double secondsOfDay = 86400;
 // "20260115-093012-7F3A9C", in local time. A second session in one folder would overwrite the first one's
 // list.
 std::string newSessionID(const Paths& paths, Date now) {
-    const time_t seconds = std::chrono::system_clock::to_time_t(now);
-    tm local{};
-    ::localtime_r(&seconds, &local);
+    const std::string moment = DateText::local(now, "%Y%m%d-%H%M%S");
     std::string id;
     do {
-        id = fmt::format("{:%Y%m%d-%H%M%S}-{}", local, newUUID().substr(0, 6));
+        id = fmt::format("{}-{}", moment, newUUID().substr(0, 6));
     } while (FS::exists(joinPath(paths.quarantineDir(), id)));
     return id;
 }

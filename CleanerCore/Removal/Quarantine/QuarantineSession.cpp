@@ -1,6 +1,6 @@
 #include "CleanerCore/Removal/Quarantine/QuarantineSession.h"
 
-#include "CleanerCore/Support/ByteSum.h"
+#include "CleanerCore/Support/ByteCount.h"
 #include "CleanerCore/Support/RecordCodec.h"
 #include "CleanerCore/Support/Text.h"
 

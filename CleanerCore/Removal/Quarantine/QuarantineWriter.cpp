@@ -20,12 +20,7 @@ constexpr size_t longestName = 255;
 
 // The number of entries before it, "-" and the item's own name, cut to the length that a name may have.
 std::string storedNameOf(size_t count, const std::string& name) {
-    std::string stored = std::to_string(count) + "-" + name;
-    if (stored.size() <= longestName) return stored;
-    size_t size = longestName;
-    while ((static_cast<unsigned char>(stored[size]) & 0xC0U) == 0x80U) --size; // whole characters only
-    stored.resize(size);
-    return stored;
+    return std::string(wholeCharacters(std::to_string(count) + "-" + name, longestName));
 }
 
 // The name cannot be written down, so the item could not be brought back.

@@ -1,7 +1,7 @@
 #include "CleanerCore/Scanning/Duplicates/Hasher64.h"
 
 #include "CleanerCore/Platform/RegularFile.h"
-#include "CleanerCore/Support/Sha256.h"
+#include "CleanerCore/Support/Crypto.h"
 
 #include <algorithm>
 #include <limits>

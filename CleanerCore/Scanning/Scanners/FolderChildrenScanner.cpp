@@ -1,5 +1,5 @@
-#include "CleanerCore/Files/AppInfo.h"
 #include "CleanerCore/Files/FS.h"
+#include "CleanerCore/Files/Paths.h"
 #include "CleanerCore/Scanning/ScannerRegistry.h"
 #include "CleanerCore/Support/PathText.h"
 #include "CleanerCore/Support/Text.h"

@@ -3,9 +3,9 @@
 #include "CleanerCore/Platform/User.h"
 #include "CleanerCore/Scanning/ScannerRegistry.h"
 #include "CleanerCore/Scanning/Scanners/ForeignText.h"
-#include "CleanerCore/Support/DateText.h"
+#include "CleanerCore/Support/Date.h"
 #include "CleanerCore/Support/PathText.h"
-#include "CleanerCore/Support/PropertyListLimits.h"
+#include "CleanerCore/Support/PropertyList.h"
 
 #include <fmt/format.h>
 
@@ -19,7 +19,7 @@ namespace {
 std::string infoIn(const std::string& folder) {
     const auto file = RegularFile::open(joinPath(folder, "Info.plist"));
     const auto size = static_cast<size_t>(file ? file->size() : 0);
-    if (size == 0 || size > PropertyListLimits::bytes) return {};
+    if (size == 0 || size > PropertyList::largest) return {};
     std::string content(size, '\0');
     content.resize(file->read(0, std::as_writable_bytes(std::span(content))).value_or(0));
     return content;

@@ -3,8 +3,8 @@
 #include "CleanerCore/Platform/User.h"
 #include "CleanerCore/Platform/Volume.h"
 #include "CleanerCore/Scanning/ScannerRegistry.h"
-#include "CleanerCore/Support/ByteFormat.h"
-#include "CleanerCore/Support/DateText.h"
+#include "CleanerCore/Support/ByteCount.h"
+#include "CleanerCore/Support/Date.h"
 #include "CleanerCore/Support/PathText.h"
 #include "CleanerCore/Support/Text.h"
 

@@ -2,9 +2,9 @@
 #include "CleanerCore/Process/Shell.h"
 #include "CleanerCore/Scanning/ScannerRegistry.h"
 #include "CleanerCore/Scanning/Scanners/ForeignText.h"
-#include "CleanerCore/Support/ByteSum.h"
-#include "CleanerCore/Support/NumericOrder.h"
+#include "CleanerCore/Support/ByteCount.h"
 #include "CleanerCore/Support/PathText.h"
+#include "CleanerCore/Support/TextOrder.h"
 
 #include <fmt/format.h>
 

@@ -2,7 +2,7 @@
 
 #include "CleanerCore/Files/Paths.h"
 #include "CleanerCore/Records/AppConfig.h"
-#include "CleanerCore/Records/VolumeSpace.h"
+#include "CleanerCore/Support/ByteCount.h"
 #include "LoftmereApp/Model/Published.h"
 #include "LoftmereApp/Model/SidebarItem.h"
 

@@ -1,11 +1,12 @@
-#include "CleanerCore/Support/ByteFormat.h"
+#include "CleanerCore/Support/ByteCount.h"
 
 #include <fmt/format.h>
 
 #include <array>
 #include <cmath>
+#include <limits>
 
-namespace loftmere::ByteFormat {
+namespace loftmere {
 
 namespace {
 
@@ -35,14 +36,19 @@ std::string withoutTrailingZeros(double value, int decimals) {
 
 } // namespace
 
-std::string string(int64_t bytes) {
+void addBytes(int64_t& sum, int64_t bytes) {
+    using Limits = std::numeric_limits<int64_t>;
+    if (__builtin_add_overflow(sum, bytes, &sum)) sum = bytes > 0 ? Limits::max() : Limits::min();
+}
+
+std::string ByteFormat::string(int64_t bytes) {
     if (bytes == 0) return "Zero KB";
     const char* sign = bytes < 0 ? "-" : "";
     const double magnitude = std::abs(static_cast<double>(bytes));
     if (magnitude < 1000)
         return fmt::format("{}{:.0f} {}", sign, magnitude, magnitude == 1 ? "byte" : "bytes");
     for (const Unit& unit : units) {
-        // A count that rounds up to 1000 of a unit is told as one of the next.
+        // A count that rounds up to 1000 of a unit becomes one of the next.
         const double value = rounded(magnitude / unit.size, unit.decimals);
         if (value < 1000 || &unit == &units.back()) {
             return fmt::format("{}{} {}", sign, withoutTrailingZeros(value, unit.decimals), unit.name);
@@ -51,4 +57,4 @@ std::string string(int64_t bytes) {
     return {};
 }
 
-} // namespace loftmere::ByteFormat
+} // namespace loftmere

@@ -1,4 +1,4 @@
-#include "CleanerCore/Support/CanonicalText.h"
+#include "CleanerCore/Support/TextOrder.h"
 
 #include "CleanerCore/Support/Text.h"
 
@@ -46,6 +46,25 @@ bool isForICU(std::string_view text) {
     return text.size() < (size_t{1} << 28) && isValidUTF8(text);
 }
 
+bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+// Takes the run of digits at the front off and answers it without leading zeros.
+std::string_view takeNumber(std::string_view& text) {
+    const auto end = std::ranges::find_if_not(text, isDigit);
+    std::string_view digits = text.substr(0, static_cast<size_t>(end - text.begin()));
+    text.remove_prefix(digits.size());
+    digits.remove_prefix(std::min(digits.find_first_not_of('0'), digits.size()));
+    return digits;
+}
+
+// Runs may be longer than any integer, so they are compared as text.
+std::weak_ordering compareNumbers(std::string_view a, std::string_view b) {
+    if (a.size() != b.size()) return a.size() <=> b.size();
+    return a <=> b;
+}
+
 } // namespace
 
 std::string composedText(std::string_view text) {
@@ -67,6 +86,20 @@ std::string caselessText(std::string_view text) {
 
 bool isASCII(std::string_view text) {
     return std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
+std::weak_ordering compareNumerically(std::string_view a, std::string_view b) {
+    while (!a.empty() && !b.empty()) {
+        std::weak_ordering order = static_cast<unsigned char>(a[0]) <=> static_cast<unsigned char>(b[0]);
+        if (isDigit(a[0]) && isDigit(b[0])) {
+            order = compareNumbers(takeNumber(a), takeNumber(b));
+        } else {
+            a.remove_prefix(1);
+            b.remove_prefix(1);
+        }
+        if (order != 0) return order;
+    }
+    return a.size() <=> b.size();
 }
 
 } // namespace loftmere

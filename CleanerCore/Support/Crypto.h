@@ -4,6 +4,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <string_view>
 
 namespace loftmere {
 
@@ -24,5 +25,8 @@ private:
     struct State;
     std::unique_ptr<State> state_;
 };
+
+// Standard Base64 with padding, without line breaks. `bytes` has less than 1 GiB.
+std::string base64Encoded(std::string_view bytes);
 
 } // namespace loftmere

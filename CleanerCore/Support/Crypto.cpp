@@ -1,4 +1,4 @@
-#include "CleanerCore/Support/Sha256.h"
+#include "CleanerCore/Support/Crypto.h"
 
 #include <openssl/evp.h>
 
@@ -33,6 +33,15 @@ std::string Sha256::finish() {
         text += digits[digest[i] >> 4];
         text += digits[digest[i] & 15];
     }
+    return text;
+}
+
+std::string base64Encoded(std::string_view bytes) {
+    std::string text((bytes.size() + 2) / 3 * 4 + 1, '\0'); // the library writes a final NUL
+    const int length = EVP_EncodeBlock(reinterpret_cast<unsigned char*>(text.data()),
+                                       reinterpret_cast<const unsigned char*>(bytes.data()),
+                                       static_cast<int>(bytes.size()));
+    text.resize(static_cast<size_t>(length));
     return text;
 }
 
