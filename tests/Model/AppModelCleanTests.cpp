@@ -13,7 +13,7 @@ using testing::StartsWith;
 
 namespace {
 
-class ModelCleanTest : public ModelFixture {
+class ModelCleanThreaded : public ModelFixture {
 protected:
     ScanItem newFile(const char* relative, CleanCategory category) {
         const std::string path = home.file(relative, "x");
@@ -41,7 +41,7 @@ protected:
 
 } // namespace
 
-TEST_F(ModelCleanTest, HandledItemsLeaveTheListsAndFailedOnesStay) {
+TEST_F(ModelCleanThreaded, HandledItemsLeaveTheListsAndFailedOnesStay) {
     const ScanItem broken = command("echo broken >&2; exit 3");
     const ScanItem unticked = newFile("Downloads/unticked.pdf", oldDownloads);
     const auto model =
@@ -75,7 +75,7 @@ TEST_F(ModelCleanTest, HandledItemsLeaveTheListsAndFailedOnesStay) {
     EXPECT_THAT(*model->ops, IsEmpty());
 }
 
-TEST_F(ModelCleanTest, ProgressIsAFractionAndTheLockIsTakenIfItCanBe) {
+TEST_F(ModelCleanThreaded, ProgressIsAFractionAndTheLockIsTakenIfItCanBe) {
     const std::string go = home.at("go");
     const auto model = modelWith({});
     const ScanItem waiting = command("until [ -e '" + go + "' ]; do sleep 0.01; done");
@@ -95,7 +95,7 @@ TEST_F(ModelCleanTest, ProgressIsAFractionAndTheLockIsTakenIfItCanBe) {
     EXPECT_EQ(nothing.value(), CleanReport{});
 }
 
-TEST_F(ModelCleanTest, WhatWasQuarantinedComesBackOrIsGivenUp) {
+TEST_F(ModelCleanThreaded, WhatWasQuarantinedComesBackOrIsGivenUp) {
     const auto model =
         modelWith({newFile("Downloads/a.pdf", oldDownloads), newFile("Downloads/b.pdf", oldDownloads)});
     finish(model->cleanSelected({oldDownloads}));
@@ -113,7 +113,7 @@ TEST_F(ModelCleanTest, WhatWasQuarantinedComesBackOrIsGivenUp) {
     EXPECT_EQ(model->audit->at(0).size, 1000);
 }
 
-TEST_F(ModelCleanTest, TheAdministratorQueueIsShownAndEmptied) {
+TEST_F(ModelCleanThreaded, TheAdministratorQueueIsShownAndEmptied) {
     const auto model = makeModel();
     const ScanItem vanished = ScanItem::make(
         {.target = AdminPathTarget{"/Library/Caches/com.ostrel.none"}, .size = 700, .category = userCaches});

@@ -30,14 +30,14 @@ auto oneOfEach(CleanCategory category) {
     };
 }
 
-class ModelTest : public ModelFixture {
+class ModelThreaded : public ModelFixture {
 protected:
     std::string found(const char* name) { return home.at(std::string("Library/Caches/") + name); }
 };
 
 } // namespace
 
-TEST_F(ModelTest, FirstLaunchShowsDefaultsAndEveryChangeOfTheSettingsIsSaved) {
+TEST_F(ModelThreaded, FirstLaunchShowsDefaultsAndEveryChangeOfTheSettingsIsSaved) {
     const auto model = makeModel();
     loop->runReady();
     EXPECT_TRUE(*model->showOnboarding);
@@ -50,7 +50,7 @@ TEST_F(ModelTest, FirstLaunchShowsDefaultsAndEveryChangeOfTheSettingsIsSaved) {
     EXPECT_EQ(makeModel()->config->logAgeDays, 9);
 }
 
-TEST_F(ModelTest, ScanTicksOnlySafeItemsOfCategoriesSelectedByDefault) {
+TEST_F(ModelThreaded, ScanTicksOnlySafeItemsOfCategoriesSelectedByDefault) {
     const auto broken = [](const ScanContext&) -> Result<std::vector<ScanItem>> {
         return failed(Failure::saying("Docker is not running"));
     };
@@ -71,7 +71,7 @@ TEST_F(ModelTest, ScanTicksOnlySafeItemsOfCategoriesSelectedByDefault) {
     EXPECT_THAT(*model->selected, UnorderedElementsAre(kept, found("oldDownloads.review")));
 }
 
-TEST_F(ModelTest, DisjointScansOverlapAndAnOverlappingOneIsRefused) {
+TEST_F(ModelThreaded, DisjointScansOverlapAndAnOverlappingOneIsRefused) {
     // Each of the two waits for the other to have begun, so they end only if they run side by side.
     std::latch both(2);
     const auto meet = [&](const ScanContext&) -> Result<std::vector<ScanItem>> {
@@ -94,7 +94,7 @@ TEST_F(ModelTest, DisjointScansOverlapAndAnOverlappingOneIsRefused) {
     EXPECT_THAT(*model->scanningCategories, IsEmpty());
 }
 
-TEST_F(ModelTest, FieldsChangeOnTheMainThreadOnlyAndObserversAreToldBefore) {
+TEST_F(ModelThreaded, FieldsChangeOnTheMainThreadOnlyAndObserversAreToldBefore) {
     ScannerScript script;
     std::vector<CleanCategory> all;
     for (const CategoryTraits& row : tableOf<CleanCategory>) {
@@ -135,14 +135,14 @@ TEST_F(ModelTest, FieldsChangeOnTheMainThreadOnlyAndObserversAreToldBefore) {
 }
 
 #ifndef NDEBUG
-TEST_F(ModelTest, FieldUsedOffTheMainThreadStopsADebugBuild) {
+TEST_F(ModelThreaded, FieldUsedOffTheMainThreadStopsADebugBuild) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     const auto model = makeModel();
     EXPECT_DEATH(std::thread([&] { model->toast = "late"; }).join(), "off the main thread");
 }
 #endif
 
-TEST_F(ModelTest, BackgroundWorkThatOutlivesTheModelWritesNothing) {
+TEST_F(ModelThreaded, BackgroundWorkThatOutlivesTheModelWritesNothing) {
     std::promise<void> go;
     std::promise<void> ended;
     auto model = makeModel({{logs, [&](const ScanContext& context) -> Result<std::vector<ScanItem>> {
@@ -167,7 +167,7 @@ TEST_F(ModelTest, BackgroundWorkThatOutlivesTheModelWritesNothing) {
     EXPECT_FALSE(waiting.isDone());
 }
 
-TEST_F(ModelTest, FlashEndsAfterItsTimeUnlessANewerOneStands) {
+TEST_F(ModelThreaded, FlashEndsAfterItsTimeUnlessANewerOneStands) {
     const auto model = makeModel();
     model->flash("one");
     advance(2);
@@ -182,7 +182,7 @@ TEST_F(ModelTest, FlashEndsAfterItsTimeUnlessANewerOneStands) {
     EXPECT_EQ(*model->toast, std::nullopt); // equal messages share the first one's timer
 }
 
-TEST_F(ModelTest, OpenScansASectionOnceAndTicksJunkOnly) {
+TEST_F(ModelThreaded, OpenScansASectionOnceAndTicksJunkOnly) {
     ScannerScript script;
     for (const auto category : {userCaches, logs, trash, oldDownloads, docker})
         script[category] = oneOfEach(category);

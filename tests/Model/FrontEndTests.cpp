@@ -69,7 +69,7 @@ using Lines = std::vector<std::string>;
 
 } // namespace
 
-TEST(FrontEnd, ASecondOneScansCleansAndUndoesThroughTheModelAlone) {
+TEST(FrontEndThreaded, ASecondOneScansCleansAndUndoesThroughTheModelAlone) {
     const test::TemporaryHome home;
     home.file("Library/Logs/old.log", "x");
     home.setAgeDays("Library/Logs/old.log", 30);

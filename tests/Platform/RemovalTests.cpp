@@ -110,7 +110,7 @@ TEST(RemoveItem, TakesAllBelowAndNothingElse) {
     EXPECT_THAT(told(removePath(home.at("tree"))), HasSubstr("No such file"));
 }
 
-TEST(RemoveItem, TakesWideAndDeepTreesWithFewDescriptors) {
+TEST(RemoveItemThreaded, TakesWideAndDeepTreesWithFewDescriptors) {
     const TemporaryHome home;
     for (int i = 0; i < 3000; ++i) home.file("tree/wide/" + std::to_string(i) + "/file", "");
     for (int i = 0; i < 40; ++i) makeChain(home.at("tree/deep/" + std::to_string(i)), 100);

@@ -94,7 +94,7 @@ TEST(Walk, goesDeeperThanPathsMayBeLongWithFewDescriptors) {
     }
 }
 
-TEST(Walk, asksForCancelAtEvery2000thEntryNeverOnTwoThreadsAtOnce) {
+TEST(WalkThreaded, asksForCancelAtEvery2000thEntryNeverOnTwoThreadsAtOnce) {
     const TemporaryHome home;
     const std::string root = home.folder("tree");
     makeDeepTree(home, root, 20, 100); // 20 * (1 + 100 * 2 + 1) = 4,040 entries
@@ -118,7 +118,7 @@ TEST(Walk, asksForCancelAtEvery2000thEntryNeverOnTwoThreadsAtOnce) {
     EXPECT_GT(part, 0);
 }
 
-TEST(Walk, cancelTakesEffectBeforeThe2000thEntryIsAdded) {
+TEST(WalkThreaded, cancelTakesEffectBeforeThe2000thEntryIsAdded) {
     const TemporaryHome home;
     for (const int files : {1999, 2000}) {
         const std::string root = home.folder("flat" + std::to_string(files));
@@ -127,7 +127,7 @@ TEST(Walk, cancelTakesEffectBeforeThe2000thEntryIsAdded) {
     }
 }
 
-TEST(Walk, copesWithHugeFolders) {
+TEST(WalkThreaded, copesWithHugeFolders) {
     const TemporaryHome home;
     const std::string root = home.folder("tree");
     makeFlatFolder(home, root, 200'000);
@@ -165,7 +165,7 @@ TEST(Walk, tellsEveryNameAsItIsAndFollowsNoLink) {
 
 // Folders turn into links, files and FIFOs and vanish while they are walked: nothing outside is ever counted,
 // nothing is waited for, and what stays is counted every time.
-TEST(Walk, staysInATreeThatChanges) {
+TEST(WalkThreaded, staysInATreeThatChanges) {
     const TemporaryHome home;
     home.fileOfSize("outside/big", 1 << 24);
     makeDeepTree(home, home.folder("tree/steady"), 30, 20);
@@ -194,7 +194,7 @@ TEST(Walk, staysInATreeThatChanges) {
     changer.join();
 }
 
-TEST(Walk, manyAtOnceShareTheHelpers) {
+TEST(WalkThreaded, manyAtOnceShareTheHelpers) {
     const TemporaryHome home;
     const std::string root = home.folder("tree");
     makeDeepTree(home, root, 10, 100);

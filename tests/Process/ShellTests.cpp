@@ -134,7 +134,7 @@ TEST(ShellTests, AsksThenKillsWhatRunsTooLong) {
     EXPECT_FALSE(hasZombies());
 }
 
-TEST(ShellTests, GivesUpOutputThatAGrandchildHolds) {
+TEST(ShellThreaded, GivesUpOutputThatAGrandchildHolds) {
     const size_t before = openDescriptors();
     Shell::Result result;
     // The real limits once: the grandchild outlives them, writes into the pipe afterwards and must not be
@@ -156,7 +156,7 @@ TEST(ShellTests, GivesUpOutputThatAGrandchildHolds) {
     EXPECT_EQ(late.err, "bash timed out after 0s");
 }
 
-TEST(ShellTests, RunsSideBySideWithoutLeaks) {
+TEST(ShellThreaded, RunsSideBySideWithoutLeaks) {
     // A descriptor that a library forgot to mark, blocked and ignored signals: nothing of it may reach a
     // child.
     const int foreign = ::dup2(STDERR_FILENO, 97);

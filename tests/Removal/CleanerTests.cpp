@@ -271,7 +271,9 @@ TEST_F(CleanerTest, LeavesNothingToRootThatIsProtectedByNow) {
 }
 
 // Somebody writes the file again and again, so that now and then it is there right after its removal.
-TEST_F(CleanerTest, BelievesTheDiskAndNotTheCall) {
+using CleanerThreaded = CleanerTest;
+
+TEST_F(CleanerThreaded, BelievesTheDiskAndNotTheCall) {
     std::atomic<bool> isOver = false;
     std::thread neighbour([&] {
         while (!isOver) home_.file("back", "x");

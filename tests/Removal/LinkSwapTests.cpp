@@ -166,7 +166,7 @@ void moveBackNaively(const std::string& home) {
 
 } // namespace
 
-TEST(LinkSwap, NothingReachesWhatIsOutside) {
+TEST(LinkSwapThreaded, NothingReachesWhatIsOutside) {
     const auto removeTree = [](const std::string& home) { (void)removeItem(*Place::open(home + "/tree")); };
     EXPECT_FALSE(swapSubfolder(removeTree).isHarmed);
     for (const Operation& operation : {Operation(judgeAndRemove), Operation(moveBack),
@@ -175,7 +175,7 @@ TEST(LinkSwap, NothingReachesWhatIsOutside) {
     }
 }
 
-TEST(LinkSwap, NaiveWaysSoonDo) {
+TEST(LinkSwapThreaded, NaiveWaysSoonDo) {
     EXPECT_TRUE(swapSubfolder([](const std::string& home) { removeNaively(home + "/tree"); }).isHarmed);
     EXPECT_TRUE(swapParent(judgeAndRemoveNaively).isHarmed);
     EXPECT_TRUE(swapParent(moveBackNaively).isHarmed);

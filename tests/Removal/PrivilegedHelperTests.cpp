@@ -179,7 +179,7 @@ TEST(PrivilegedHelperTests, RefusesWhatItMayNot) {
     EXPECT_TRUE(fs::exists(helper.at("outside/file")));
 }
 
-TEST(PrivilegedHelperTests, StaysInsideWhileAParentIsExchanged) {
+TEST(PrivilegedHelperThreaded, StaysInsideWhileAParentIsExchanged) {
     const Helper helper;
     const std::string parent = helper.home().folder("allowed/parent");
     const std::string victim = helper.make("outside/victim");

@@ -62,7 +62,9 @@ protected:
 
 } // namespace
 
-TEST_F(PrivilegedSessionTests, AsksOnceForAsLongAsItLasts) {
+using PrivilegedSessionThreaded = PrivilegedSessionTests;
+
+TEST_F(PrivilegedSessionThreaded, AsksOnceForAsLongAsItLasts) {
     EXPECT_FALSE(session.isActive());
     concurrentPerform(4, 4, [&](size_t) { EXPECT_EQ(session.run(Session::Purge{}).out, "freed"); });
     EXPECT_TRUE(session.isActive());

@@ -185,9 +185,9 @@ TEST(SafetyPolicy, HomeReachedThroughALinkAndHomeThatIsTheRoot) {
 }
 
 // The veto must hold however a protected place is written.
-class EverySpelling : public testing::Test {
+class EverySpellingThreaded : public testing::Test {
 protected:
-    EverySpelling() {
+    EverySpellingThreaded() {
         for (const std::string_view name : ProtectedLocations::homeContainers)
             add(joinPath(home_.path(), name));
         for (const std::string_view name : ProtectedLocations::homeBlocked) add(joinPath(home_.path(), name));
@@ -241,7 +241,7 @@ protected:
     std::string firstThrough_;
 };
 
-TEST_F(EverySpelling, IsVetoed) {
+TEST_F(EverySpellingThreaded, IsVetoed) {
     const SafetyPolicy policy(home_.paths(), {rule_});
     EXPECT_GE(roots_.size(), 70U);
     EXPECT_EQ(letThrough(5000,
@@ -252,7 +252,7 @@ TEST_F(EverySpelling, IsVetoed) {
         << firstThrough_;
 }
 
-TEST_F(EverySpelling, WouldPassAJudgeOfTheTextAlone) {
+TEST_F(EverySpellingThreaded, WouldPassAJudgeOfTheTextAlone) {
     const auto naive = [&](const std::string& path) {
         const std::string tilde = path.starts_with('~') ? home_.path() + path.substr(1) : path;
         return !roots_.contains(standardizedPathText(tilde));
@@ -261,7 +261,7 @@ TEST_F(EverySpelling, WouldPassAJudgeOfTheTextAlone) {
 }
 
 // What the generator writes really leads to the root, else it would prove nothing.
-TEST_F(EverySpelling, LeadsTheSystemToTheRoot) {
+TEST_F(EverySpellingThreaded, LeadsTheSystemToTheRoot) {
     auto spelling = spellings();
     for (const std::string& root : roots_) {
         struct stat meant{};

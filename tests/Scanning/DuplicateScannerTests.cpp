@@ -43,7 +43,7 @@ std::vector<std::string> found(const test::TemporaryHome& home, const DuplicateS
 
 } // namespace
 
-TEST(DuplicateScanner, FindsWhatIsEqualAndProposesAllButOne) {
+TEST(DuplicateScannerThreaded, FindsWhatIsEqualAndProposesAllButOne) {
     const test::TemporaryHome home;
     home.fileOfSize("Downloads/x.zip", 524288);
     home.fileOfSize("Documents/x.zip", 524288);
@@ -114,7 +114,7 @@ TEST(DuplicateScanner, ChoosesTheKeeper) {
 }
 
 // Sizes around the lengths of blocks, few contents that part anywhere, several names of one inode.
-TEST(DuplicateScanner, AgreesWithAComparisonOfWholeContents) {
+TEST(DuplicateScannerThreaded, AgreesWithAComparisonOfWholeContents) {
     std::mt19937 random(7);
     const auto upTo = [&](size_t n) { return std::uniform_int_distribution<size_t>(0, n)(random); };
     constexpr size_t sizes[] = {0, 1, 16383, 16384, 16385, 65537, 131072, 131073, 300000};
@@ -160,7 +160,7 @@ TEST(DuplicateScanner, AgreesWithAComparisonOfWholeContents) {
 }
 
 // Each file is spoilt after the walk, most of them in the middle of the comparison; the two good ones go on.
-TEST(DuplicateScanner, LeavesOutWhatVanishesOrChanges) {
+TEST(DuplicateScannerThreaded, LeavesOutWhatVanishesOrChanges) {
     const test::TemporaryHome home;
     for (const char* name :
          {"good1", "good2", "gone", "shrunk", "grown", "edited", "fifo", "link", "folder"}) {
@@ -224,7 +224,7 @@ TEST(DuplicateScanner, OpensFewFilesAndReadsAnInodeOnce) {
     EXPECT_EQ(reads[listed[40].path], 1);
 }
 
-TEST(DuplicateScanner, FilesLargerThanTheirDiskAreNotRead) {
+TEST(DuplicateScannerThreaded, FilesLargerThanTheirDiskAreNotRead) {
     const test::TemporaryHome home;
     const auto size = static_cast<uintmax_t>(FS::volumeSpace(home.path()).value().total) + 1;
     for (const char* name : {"Documents/a", "Documents/b"}) {
@@ -235,7 +235,7 @@ TEST(DuplicateScanner, FilesLargerThanTheirDiskAreNotRead) {
     EXPECT_THAT(DuplicateScanner{}.scan(test::scanContext(home)).value(), IsEmpty());
 }
 
-TEST(DuplicateScanner, FewDescriptorsCostNoFindings) {
+TEST(DuplicateScannerThreaded, FewDescriptorsCostNoFindings) {
     const test::TemporaryHome home;
     for (int i = 0; i < 400; ++i)
         home.file("Documents/" + std::to_string(i), std::string(20000 + i / 20, 'a'));
@@ -262,7 +262,7 @@ TEST(DuplicateScanner, CancelledAnswersWhatIsProved) {
     EXPECT_THAT(std::set(sets.begin(), sets.end()), ElementsAre(0, 1, 2));
 }
 
-TEST(DuplicateScanner, StopsWithinALargeFile) {
+TEST(DuplicateScannerThreaded, StopsWithinALargeFile) {
     const test::TemporaryHome home;
     for (const char* name : {"Documents/huge1", "Documents/huge2"}) {
         home.file(name, "");

@@ -17,7 +17,7 @@ using enum CleanCategory;
 
 using Findings = Result<std::vector<ScanItem>>;
 
-TEST(ScanEngine, AFailureCostsOnlyItsCategory) {
+TEST(ScanEngineThreaded, AFailureCostsOnlyItsCategory) {
     const test::TemporaryHome home;
     const auto oneLog = [](const ScanContext& context) -> Findings {
         return std::vector{ScanItem::make({.target = PathTarget{context.lib("Logs/a")}, .category = logs})};
@@ -41,7 +41,7 @@ TEST(ScanEngine, AFailureCostsOnlyItsCategory) {
     EXPECT_THAT(finished, ElementsAre(logs, trash, docker));
 }
 
-TEST(ScanEngine, FindsWhatIsRegisteredButNothingProtected) {
+TEST(ScanEngineThreaded, FindsWhatIsRegisteredButNothingProtected) {
     const test::TemporaryHome home;
     for (const char* name : {"keep/a", "go/a"}) home.file(std::string(".Trash/") + name, "x");
     const auto titles = [&](std::vector<std::string> protectedPaths) {
@@ -52,7 +52,7 @@ TEST(ScanEngine, FindsWhatIsRegisteredButNothingProtected) {
     EXPECT_THAT(titles({"~/.Trash/keep"}), ElementsAre("go"));
 }
 
-TEST(ScanEngine, ScannersRunSideBySide) {
+TEST(ScanEngineThreaded, ScannersRunSideBySide) {
     if (std::thread::hardware_concurrency() < 2) GTEST_SKIP() << "one processor runs one scanner at a time";
     const test::TemporaryHome home;
     std::atomic<int> arrived = 0;
@@ -67,7 +67,7 @@ TEST(ScanEngine, ScannersRunSideBySide) {
     EXPECT_EQ(met, 2);
 }
 
-TEST(ScanEngine, StatusIsThinnedOverAllScannersTogether) {
+TEST(ScanEngineThreaded, StatusIsThinnedOverAllScannersTogether) {
     const test::TemporaryHome home;
     const auto chatter = [](const ScanContext& context) -> Findings {
         const Date end = addSeconds(currentDate(), 0.25);

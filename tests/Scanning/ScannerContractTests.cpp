@@ -46,7 +46,7 @@ int64_t totalSize(const std::vector<ScanItem>& items) {
                            [](int64_t sum, const ScanItem& item) { return sum + item.size; });
 }
 
-class ScannerContract : public testing::TestWithParam<CleanCategory> {
+class ScannerContractThreaded : public testing::TestWithParam<CleanCategory> {
 protected:
     void SetUp() override {
         ASSERT_NE(fixture_, nullptr) << "tests/Support/ScannerFixtures.cpp lacks a fixture";
@@ -86,7 +86,7 @@ std::vector<CleanCategory> registered() {
     return categories;
 }
 
-INSTANTIATE_TEST_SUITE_P(All, ScannerContract, testing::ValuesIn(registered()),
+INSTANTIATE_TEST_SUITE_P(All, ScannerContractThreaded, testing::ValuesIn(registered()),
                          [](const auto& info) { return std::string(rawValue(info.param)); });
 
 // What may befall an item while it is being looked at.
@@ -109,7 +109,7 @@ TEST(ScannerRegistry, HasTheOrderOfTheSections) {
     EXPECT_TRUE(ScannerRegistry::scanners({appBundle}).empty());
 }
 
-TEST_P(ScannerContract, FindsReportsAndNeverWrites) {
+TEST_P(ScannerContractThreaded, FindsReportsAndNeverWrites) {
     test::ageEverything(home_, 400, 390);
     const auto before = snapshot(home_);
     ScanContext context = test::scanContext(home_);
@@ -131,7 +131,7 @@ TEST_P(ScannerContract, FindsReportsAndNeverWrites) {
     }
 }
 
-TEST_P(ScannerContract, GoesByTheRightDate) {
+TEST_P(ScannerContractThreaded, GoesByTheRightDate) {
     test::ageEverything(home_, 400, 2);
     if (fixture_->goesByUse)
         EXPECT_THAT(found(), IsEmpty());
@@ -176,7 +176,7 @@ TEST(ScannerSettings, EachDecides) {
     }
 }
 
-TEST_P(ScannerContract, NeighboursMakeNoDifference) {
+TEST_P(ScannerContractThreaded, NeighboursMakeNoDifference) {
     const auto findings = [&] {
         test::ageEverything(home_, 400);
         auto items = scan(test::scanContext(home_));
@@ -190,7 +190,7 @@ TEST_P(ScannerContract, NeighboursMakeNoDifference) {
     EXPECT_EQ(findings(), alone);
 }
 
-TEST_P(ScannerContract, StopsSoonAfterCancel) {
+TEST_P(ScannerContractThreaded, StopsSoonAfterCancel) {
     if (fixture_->measures) fillMeasuredFolder();
     test::ageEverything(home_, 400);
     ScanContext context = test::scanContext(home_);
@@ -206,7 +206,7 @@ TEST_P(ScannerContract, StopsSoonAfterCancel) {
     if (fixture_->measures) EXPECT_LT(partial, whole);
 }
 
-TEST_P(ScannerContract, SurvivesUnreadableFolders) {
+TEST_P(ScannerContractThreaded, SurvivesUnreadableFolders) {
     test::ageEverything(home_, 400);
     const test::OrdinaryUser user({home_.path()});
     const size_t found = scan(test::scanContext(home_)).size();
@@ -218,7 +218,7 @@ TEST_P(ScannerContract, SurvivesUnreadableFolders) {
     }
 }
 
-TEST_P(ScannerContract, SurvivesWhatChangesUnderItsEyes) {
+TEST_P(ScannerContractThreaded, SurvivesWhatChangesUnderItsEyes) {
     const test::TemporaryHome elsewhere;
     elsewhere.fileOfSize("big", 3 << 20);
     for (int kind = 0; kind < 4; ++kind) {
@@ -236,7 +236,7 @@ TEST_P(ScannerContract, SurvivesWhatChangesUnderItsEyes) {
     }
 }
 
-TEST_P(ScannerContract, SurvivesARestlessHome) {
+TEST_P(ScannerContractThreaded, SurvivesARestlessHome) {
     test::ageEverything(home_, 400);
     const test::TemporaryHome elsewhere;
     const std::vector<std::string> paths = test::everythingBelow(home_);

@@ -108,7 +108,7 @@ TEST(Text, NothingFromOutsideReachesATerminalRaw) {
     EXPECT_EQ(repairedUTF8("cut \xe2\x82"), "cut \xEF\xBF\xBD");
 }
 
-TEST(Abandonable, LeavesWorkThatIsNotWaitedForToItself) {
+TEST(AbandonableThreaded, LeavesWorkThatIsNotWaitedForToItself) {
     std::atomic<bool> mayEnd = false;
     std::atomic<bool> knew = false;
     std::atomic<bool> ended = false;
@@ -127,7 +127,7 @@ TEST(Abandonable, LeavesWorkThatIsNotWaitedForToItself) {
     EXPECT_EQ(unlessCancelled<int>(nullptr, [](const auto&) { return std::optional<int>(); }), std::nullopt);
 }
 
-TEST(Concurrent, RunsEachIterationOnce) {
+TEST(ConcurrentThreaded, RunsEachIterationOnce) {
     std::vector<std::atomic<int>> counts(1000);
     concurrentPerform(counts.size(), 4, [&](size_t i) { ++counts[i]; });
     for (const auto& count : counts) EXPECT_EQ(count, 1);

@@ -161,7 +161,7 @@ TEST(OutsideTools, FindNothingWhenTheyDoNotAnswer) {
                                 R"({"Type": "Images", "Reclaimable": "1GB"})");
 }
 
-TEST(OutsideTools, AreNotWaitedForAfterCancel) {
+TEST(OutsideToolsThreaded, AreNotWaitedForAfterCancel) {
     test::ScriptedTools tools;
     for (const char* name : {"docker", "xcrun"}) tools.add(name, "trap '' TERM; sleep 60 & wait; wait");
     const test::TemporaryHome home;

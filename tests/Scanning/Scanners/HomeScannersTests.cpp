@@ -98,7 +98,7 @@ TEST(IOSBackups, TheirOwnWordsElseTheFolders) {
     }
 }
 
-TEST(IOSBackups, WhoWaitsToWriteIntoAPipeGoesOnWaiting) {
+TEST(IOSBackupsThreaded, WhoWaitsToWriteIntoAPipeGoesOnWaiting) {
     const test::TemporaryHome home;
     home.file(std::string(backups) + "piped/Manifest.db", "x");
     const std::string pipe = home.at(backups) + "piped/Info.plist";

@@ -109,7 +109,7 @@ TEST(ProjectArtifacts, ActivityLooksAtTwoHundredEntriesOfAFolder) {
     EXPECT_EQ(ProjectArtifacts::projectActivity(home.at("missing"), {}), std::nullopt);
 }
 
-TEST(ListingAhead, KeepsTheOrderOfAWalkThatListsOneFolderAfterTheOther) {
+TEST(ListingAheadThreaded, KeepsTheOrderOfAWalkThatListsOneFolderAfterTheOther) {
     const test::TemporaryHome home;
     for (int i = 0; i < 400; ++i) home.file(fmt::format("{}/{}/{}/file", i % 7, i % 50, i), "");
     std::vector<std::string> expected;
