@@ -173,6 +173,10 @@ ExitStatus clean(Program& program, const Options& options) {
         console.say("nothing was changed");
         return ExitStatus::failed;
     }
+    if (const Status canLog = program.model().logState(); !canLog && !options.dryRun) {
+        console.say(printable(canLog.error().message));
+        return ExitStatus::failed;
+    }
     const ExitStatus status = Clean(program, options).run(*categories);
     AppModel::endPrivilegedSession();
     return status;

@@ -46,15 +46,18 @@ ExitStatus history(Program& program, const std::vector<std::string>& words) {
         return ExitStatus::usage;
     }
     const auto entries = program.finish(program.model().history(*limit), [] { return "Reading the log"; });
+    const auto& failure = *program.model().auditFailure;
+    if (failure) console.say(printable(*failure));
+    const ExitStatus status = failure ? ExitStatus::failed : ExitStatus::done;
     if (program.json()) {
         program.print(JsonCodec<std::vector<AuditEntry>>::encode(entries));
-        return ExitStatus::done;
+        return status;
     }
     std::vector<Row> rows;
     for (const AuditEntry& entry : entries) rows.push_back(rowOf(program, entry));
     printRows(console, rows);
-    if (rows.empty()) console.printLine("Nothing was done yet.");
-    return ExitStatus::done;
+    if (rows.empty() && !failure) console.printLine("Nothing was done yet.");
+    return status;
 }
 
 } // namespace

@@ -36,12 +36,16 @@ Result<QuarantineSession> newestHeld(Program& program) {
     return failed(Failure::saying("there is nothing to undo"));
 }
 
-void sayUnreadable(Program& program) {
+// Says what of the quarantine cannot be read. `failed` if there is anything.
+ExitStatus sayUnreadable(Program& program) {
+    const auto& failure = *program.model().quarantineFailure;
+    if (failure) program.console().say(printable(*failure));
     const std::vector<std::string> names = program.model().unreadableSessions;
-    if (names.empty()) return;
+    if (names.empty()) return failure ? ExitStatus::failed : ExitStatus::done;
     program.console().say(fmt::format(
         "cannot be read: {} in {}; \"loftmere purge\" gives up what {}", printable(joined(names, ", ")),
         program.shown(program.model().paths.quarantineDir()), names.size() == 1 ? "it holds" : "they hold"));
+    return ExitStatus::failed;
 }
 
 // A name with signs that a terminal cannot show may be given as it is shown.
@@ -82,14 +86,14 @@ void printSession(Program& program, const QuarantineSession& session, bool verbo
 
 ExitStatus sessions(Program& program, bool verbose) {
     const std::vector<QuarantineSession>& all = program.model().sessions;
-    sayUnreadable(program);
+    const ExitStatus status = sayUnreadable(program);
     if (program.json()) {
         program.print(JsonCodec<std::vector<QuarantineSession>>::encode(all));
-        return ExitStatus::done;
+        return status;
     }
     for (const QuarantineSession& session : all) printSession(program, session, verbose);
-    if (all.empty()) program.console().printLine("The quarantine is empty.");
-    return ExitStatus::done;
+    if (all.empty() && status == ExitStatus::done) program.console().printLine("The quarantine is empty.");
+    return status;
 }
 
 struct UndoOptions {
@@ -116,17 +120,16 @@ wantedEntries(const UndoOptions& options, const QuarantineSession& session) {
     return wanted;
 }
 
-void printUndone(Program& program, const QuarantineSession& session,
-                 const std::vector<CleanFailure>& failures, Extent asked) {
+void printUndone(Program& program, const QuarantineSession& session, const Restored& restored) {
+    const auto& failures = restored.failures;
     if (program.json()) {
         return program.print(
             {{"session", session.id}, {"failures", JsonCodec<std::vector<CleanFailure>>::encode(failures)}});
     }
     printFailures(program, "Not restored", failures);
-    const size_t back = asked.count - std::min(asked.count, failures.size());
-    program.console().printLine(fmt::format("Restored {} of session {}{}", counted(back, "item"),
-                                            printable(session.id),
-                                            failures.empty() ? ", " + ByteFormat::string(asked.bytes) : ""));
+    const Extent back{.count = restored.count, .bytes = restored.bytes};
+    program.console().printLine(fmt::format("Restored {} of session {}, {}", counted(back.count, "item"),
+                                            printable(session.id), ByteFormat::string(back.bytes)));
 }
 
 ExitStatus undo(Program& program, const UndoOptions& options) {
@@ -145,14 +148,15 @@ ExitStatus undo(Program& program, const UndoOptions& options) {
     }
     noteStopSignals(stoppingUndo, stoppingUndo);
     const Extent asked = heldOf(*found, *wanted);
-    const auto failures = console.working("Bringing back " + counted(asked.count, "item"),
+    const auto restored = console.working("Bringing back " + counted(asked.count, "item"),
                                           [&] { return program.model().restore(*found, *wanted); });
-    if (!failures) {
-        console.say(printable(failures.error().message));
+    if (!restored) {
+        console.say(printable(restored.error().message));
         return ExitStatus::failed;
     }
-    printUndone(program, *found, *failures, asked);
-    return Program::stoppedOr(failures->empty() ? ExitStatus::done : ExitStatus::failed);
+    printUndone(program, *found, *restored);
+    const bool isComplete = restored->failures.empty() && restored->count == asked.count;
+    return Program::stoppedOr(isComplete ? ExitStatus::done : ExitStatus::failed);
 }
 
 struct PurgeOptions {

@@ -66,6 +66,10 @@ public:
     // hold then, and what the user protects is not known.
     Status settingsState() const;
 
+    // Fails, with a sentence for the user, when the log cannot be written. What cannot be logged should not
+    // be removed.
+    Status logState() const;
+
     // --- Scanning (AppModelScan.cpp)
 
     // Scans the categories, puts what was found into `results` and drops their ticks. With `autoSelectSafe`
@@ -105,12 +109,13 @@ public:
     // it.
     static void endPrivilegedSession();
 
-    void refreshSafety(); // `sessions`, `unreadableSessions` and `audit`
+    void refreshSafety(); // all fields of `SafetyFields`
 
     // Brings back a quarantine session, or the entries with these stored names, and flashes the outcome.
-    // Fast: items are moved, not copied.
-    Result<std::vector<CleanFailure>> restore(const QuarantineSession& session,
-                                              const std::optional<std::set<std::string>>& entries);
+    // Fast: items are moved, not copied. Fails when nothing was done, for one because the session was deleted
+    // meanwhile.
+    Result<Restored> restore(const QuarantineSession& session,
+                             const std::optional<std::set<std::string>>& entries);
 
     // Deletes a quarantine session for good. Logged as done whatever comes of it. To delete one of
     // `unreadableSessions`, pass a session with that id.

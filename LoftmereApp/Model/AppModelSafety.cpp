@@ -1,16 +1,22 @@
 #include "CleanerCore/Files/FS.h"
+#include "CleanerCore/Platform/Access.h"
+#include "CleanerCore/Platform/Directory.h"
+#include "CleanerCore/Platform/FileStatus.h"
 #include "CleanerCore/Platform/RandomBytes.h"
+#include "CleanerCore/Platform/RegularFile.h"
 #include "CleanerCore/Removal/Administrator/PrivilegedSession.h"
 #include "CleanerCore/Removal/AuditLog.h"
 #include "CleanerCore/Removal/Cleaning/Cleaner.h"
 #include "CleanerCore/Removal/Quarantine/Quarantine.h"
 #include "CleanerCore/Safety/SafetyPolicy.h"
 #include "CleanerCore/Support/ByteCount.h"
+#include "CleanerCore/Support/Text.h"
 #include "LoftmereApp/Model/AppModelWork.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cerrno>
 
 namespace loftmere {
 
@@ -40,6 +46,48 @@ PathVerdict shown(const SafetyPolicy::Verdict& verdict) {
         }
     };
     return std::visit(Show{}, verdict);
+}
+
+// What the session holds of the wanted entries at this moment.
+Result<std::vector<QuarantineEntry>> heldEntries(const Paths& paths, const std::string& id,
+                                                 const std::optional<std::set<std::string>>& wanted) {
+    const auto sessions = Quarantine(paths).sessions();
+    const auto session = std::ranges::find(sessions, id, &QuarantineSession::id);
+    if (session == sessions.end()) {
+        return failed(Failure::saying(
+            fmt::format("session \"{}\" was deleted or cannot be read; nothing was restored", id)));
+    }
+    std::vector<QuarantineEntry> held = session->entries;
+    std::erase_if(held, [&](const QuarantineEntry& entry) {
+        return entry.restored || (wanted && !wanted->contains(entry.storedName));
+    });
+    return held;
+}
+
+// A quarantine that loses its list, or is purged meanwhile, reports no failures. So what is back is counted.
+Result<Restored> bringBack(const Paths& paths, const AppConfig& config, const std::string& id,
+                           const std::optional<std::set<std::string>>& wanted,
+                           const std::vector<QuarantineEntry>& held) {
+    auto failures = Cleaner(paths, config).restore(id, wanted);
+    if (!failures) return failed(std::move(failures.error()));
+    Restored restored{.failures = std::move(*failures)};
+    for (const QuarantineEntry& entry : held) {
+        const bool hasFailed = std::ranges::any_of(restored.failures, [&](const CleanFailure& failure) {
+            return failure.itemID == entry.originalPath;
+        });
+        if (hasFailed || !FS::exists(entry.originalPath)) continue;
+        ++restored.count;
+        addBytes(restored.bytes, entry.size);
+    }
+    if (restored.count > 0 || held.empty() || !restored.failures.empty()) return restored;
+    return failed(
+        Failure::saying(fmt::format("session \"{}\" was deleted meanwhile; nothing was restored", id)));
+}
+
+// Something is there and cannot be read.
+bool isUnreadable(const std::string& path, bool canBeRead) {
+    const auto status = linkStatus(path);
+    return !canBeRead && (status || status.error() != ENOENT);
 }
 
 void logPurge(const Paths& paths, const std::string& target, int64_t bytes) {
@@ -83,20 +131,44 @@ void AppModel::refreshSafety() {
     sessions = quarantine.sessions();
     unreadableSessions = quarantine.unreadable(sessions);
     audit = AuditLog(paths).recent(shownAuditEntries);
+    const std::string folder = paths.quarantineDir();
+    const std::string log = paths.auditFile();
+    quarantineFailure = std::nullopt;
+    auditFailure = std::nullopt;
+    if (isUnreadable(folder, readDirectory(folder).has_value()))
+        quarantineFailure =
+            fmt::format("the quarantine in {} cannot be read; what it holds is not known", shortened(folder));
+    if (isUnreadable(log, RegularFile::open(log).has_value()))
+        auditFailure = fmt::format("the log in {} cannot be read", shortened(log));
 }
 
-Result<std::vector<CleanFailure>> AppModel::restore(const QuarantineSession& session,
-                                                    const std::optional<std::set<std::string>>& entries) {
-    const auto failures = Cleaner(paths, config).restore(session.id, entries);
-    if (!failures)
-        flash(failures.error().message);
-    else if (!failures->empty())
-        flash(
-            fmt::format("{} item(s) couldn't be restored: {}", failures->size(), failures->front().message));
+Status AppModel::logState() const {
+    const std::string log = paths.auditFile();
+    const auto status = targetStatus(log);
+    const auto itself = linkStatus(log); // a link that leads nowhere is not missing
+    const bool isMissing = !itself && itself.error() == ENOENT;
+    const bool canBeWritten = isMissing ? isWritable(paths.supportDir())
+                                        : status && status->type == FileType::regular && isWritable(log);
+    if (canBeWritten) return {};
+    return failed(Failure::saying(fmt::format(
+        "the log in {} cannot be written, and what cannot be logged is not removed. If another user "
+        "owns it, this helps: sudo chown -R \"$USER\" {}",
+        shortened(log), shellQuoted(paths.supportDir()))));
+}
+
+Result<Restored> AppModel::restore(const QuarantineSession& session,
+                                   const std::optional<std::set<std::string>>& entries) {
+    const auto held = heldEntries(paths, session.id, entries);
+    auto restored = held ? bringBack(paths, config, session.id, entries, *held) : failed(held.error());
+    if (!restored)
+        flash(restored.error().message);
+    else if (!restored->failures.empty())
+        flash(fmt::format("{} item(s) couldn't be restored: {}", restored->failures.size(),
+                          restored->failures.front().message));
     else
         flash("Restored");
     refreshSafety();
-    return failures;
+    return restored;
 }
 
 Status AppModel::purge(const QuarantineSession& session) {

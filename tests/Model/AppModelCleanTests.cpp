@@ -8,6 +8,7 @@ using namespace loftmere;
 using namespace loftmere::test;
 using enum CleanCategory;
 using testing::ElementsAre;
+using testing::EndsWith;
 using testing::IsEmpty;
 using testing::StartsWith;
 
@@ -100,17 +101,19 @@ TEST_F(ModelCleanThreaded, WhatWasQuarantinedComesBackOrIsGivenUp) {
         modelWith({newFile("Downloads/a.pdf", oldDownloads), newFile("Downloads/b.pdf", oldDownloads)});
     finish(model->cleanSelected({oldDownloads}));
     const QuarantineSession session = model->sessions->at(0);
-    EXPECT_THAT(model->restore(session, std::set<std::string>{"0-a.pdf"}).value(), IsEmpty());
+    EXPECT_EQ(model->restore(session, std::set<std::string>{"0-a.pdf"}).value().count, 1U);
     EXPECT_EQ(*model->toast, "Restored");
     EXPECT_EQ(model->sessions->at(0).activeCount(), 1);
     EXPECT_TRUE(exists("Downloads/a.pdf"));
     home.file("Downloads/b.pdf", "in the way");
-    EXPECT_EQ(model->restore(session, std::nullopt).value().size(), 1U);
+    EXPECT_EQ(model->restore(session, std::nullopt).value().failures.size(), 1U);
     EXPECT_THAT(**model->toast, StartsWith("1 item(s) couldn't be restored: Something already exists at "));
     EXPECT_TRUE(model->purge(model->sessions->at(0)));
     EXPECT_THAT(*model->sessions, IsEmpty());
     EXPECT_EQ(model->audit->at(0).action, "purge");
     EXPECT_EQ(model->audit->at(0).size, 1000);
+    EXPECT_FALSE(model->restore(session, std::nullopt)); // nothing is left to bring back
+    EXPECT_THAT(**model->toast, EndsWith("nothing was restored"));
 }
 
 TEST_F(ModelCleanThreaded, TheAdministratorQueueIsShownAndEmptied) {

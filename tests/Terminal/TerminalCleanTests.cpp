@@ -11,6 +11,7 @@
 #include <nlohmann/json.hpp>
 
 #include <csignal>
+#include <filesystem>
 
 using namespace loftmere;
 using namespace loftmere::test;
@@ -261,14 +262,31 @@ TEST_F(TerminalClean, CheckTellsTheVerdictInWordsAndByName) {
     EXPECT_EQ(run({"check"}).status, 2);
 }
 
-TEST_F(TerminalClean, FailuresAreToldAndEndWithOne) {
-    // The quarantine cannot be made where a file stands.
-    home.file("Library/Application Support/Ostrel Loftmere/Quarantine", "in the way");
+TEST_F(TerminalClean, FailuresAndWhatCannotBeReadAreToldAndEndWithOne) {
+    const std::string support = "Library/Application Support/Ostrel Loftmere/";
+    // The quarantine cannot be made where a file is.
+    home.file(support + "Quarantine", "in the way");
     const auto failed = run({"clean", "oldDownloads", "--all", "--yes"});
     EXPECT_EQ(failed.status, 1);
     EXPECT_THAT(failed.out, HasSubstr("Failed"));
     EXPECT_THAT(failed.out, HasSubstr("1 failed"));
-    EXPECT_TRUE(stands(download));
+    for (const char* verb : {"sessions", "undo"}) {
+        const auto told = run({verb});
+        EXPECT_EQ(told.status, 1);
+        EXPECT_EQ(told.out, "");
+        EXPECT_THAT(told.err, HasSubstr("Quarantine cannot be read"));
+    }
+    // What cannot be logged is not removed.
+    std::filesystem::remove(home.at(support + "audit.jsonl"));
+    home.folder(support + "audit.jsonl");
+    const auto history = run({"history"});
+    EXPECT_EQ(history.status, 1);
+    EXPECT_EQ(history.out, "");
+    EXPECT_THAT(history.err, HasSubstr("audit.jsonl cannot be read"));
+    const auto unlogged = run({"clean", "--all", "--yes"});
+    EXPECT_EQ(unlogged.status, 1);
+    EXPECT_THAT(unlogged.err, HasSubstr("sudo chown -R"));
+    EXPECT_TRUE(allStands());
 }
 
 TEST_F(TerminalClean, WhatCannotBeDoneFailsTheDryRunTooAndOffersNoUndo) {
