@@ -1,6 +1,8 @@
 #include "CleanerCore/Files/JSONStore.h"
 #include "CleanerCore/Platform/FileContent.h"
+#include "CleanerCore/Platform/Removal.h"
 #include "CleanerCore/Removal/Cleaning/Cleaner.h"
+#include "CleanerCore/Support/PathText.h"
 #include "tests/Support/FaultRig.h"
 #include "tests/Support/Mounted.h"
 #include "tests/Support/TemporaryHome.h"
@@ -23,6 +25,11 @@ namespace {
 
 const Date start = *fromISO8601("2026-01-15T09:30:12Z");
 constexpr const char* root = "Library/Application Support/Ostrel Loftmere/Quarantine";
+
+// A session's id; the folders of sessions have no other names.
+std::string id(char last) {
+    return std::string("20260101-000000-00000") + last;
+}
 
 std::vector<std::string> messagesOf(const Result<std::vector<CleanFailure>>& failures) {
     if (!failures) return {"refused: " + failures.error().message};
@@ -85,16 +92,36 @@ TEST_F(QuarantineTest, PurgesWhatHasExpiredAndSweepsOrphans) {
     ASSERT_TRUE(add(home.file("a", "a")));
     ASSERT_TRUE(quarantine.finish(session));
     const Date expiry = addSeconds(start, 7 * 86400);
-    home.folder(inRoot("orphan"));
-    home.file(inRoot("damaged/manifest.json"), "{");
-    for (const char* child : {"orphan", "damaged"}) home.setDates(inRoot(child), addSeconds(expiry, -86400));
+    const std::string orphan = home.folder(inRoot(id('0')));
+    const std::string damaged = parentPath(home.file(inRoot(id('D') + "/manifest.json"), "{"));
+    const std::string foreign = home.folder(inRoot("holidays"));
+    for (const std::string& child : {orphan, damaged, foreign})
+        home.setDates(child, addSeconds(expiry, -86400));
     EXPECT_EQ(quarantine.purgeExpired(addSeconds(expiry, -1)), 0);
     EXPECT_EQ(quarantine.purgeExpired(expiry), 10);
-    EXPECT_TRUE(fs::exists(inRoot("orphan"))) << "a day old to the second";
+    EXPECT_TRUE(fs::exists(orphan)) << "a day old to the second";
     EXPECT_EQ(quarantine.purgeExpired(addSeconds(expiry, 1)), 0);
-    EXPECT_FALSE(fs::exists(inRoot("orphan")));
-    EXPECT_TRUE(fs::exists(inRoot("damaged")));
-    EXPECT_TRUE(quarantine.purge("damaged"));
+    EXPECT_FALSE(fs::exists(orphan));
+    EXPECT_TRUE(fs::exists(damaged) && fs::exists(foreign));
+    EXPECT_TRUE(quarantine.purge(id('D')));
+}
+
+// The user has put a link to a folder of his own in the quarantine's place.
+TEST_F(QuarantineTest, HasNoSessionsBehindALink) {
+    const std::string mine = home.file("mine/" + id('0') + "/note", "kept");
+    session = {id('1'), start, start, ManualTrigger{}, {{home.at("back"), "0-a", 1}}};
+    ASSERT_TRUE(JSONStore::save(session, home.at("mine/" + session.id + "/manifest.json")));
+    home.file("mine/" + session.id + "/items/0-a", "kept");
+    const std::string before = test::filesBelow(home.at("mine"));
+    home.link(root, home.at("mine"));
+    home.setDates(parentPath(mine), start);
+    EXPECT_FALSE(quarantine.check());
+    EXPECT_THAT(quarantine.sessions(), testing::IsEmpty());
+    EXPECT_THAT(quarantine.unreadable({}), testing::IsEmpty());
+    EXPECT_EQ(quarantine.purgeExpired(addSeconds(start, 1e6)), 0);
+    EXPECT_FALSE(quarantine.purge(id('1')) || quarantine.restore(id('1'), std::nullopt));
+    EXPECT_FALSE(quarantine.beginSession(ManualTrigger{}, 7, start));
+    EXPECT_EQ(test::filesBelow(home.at("mine")), before);
 }
 
 TEST_F(QuarantineTest, IsWrittenByOneRunAtATime) {
@@ -177,9 +204,9 @@ TEST_F(QuarantineTest, HostileManifestsReachNothing) {
         {"0-a", home.at("Library/CloudStorage/Dropbox/back"), ""},
     };
     for (const auto& [storedName, originalPath, message] : cases) {
-        session = {"hostile", start, start, ManualTrigger{}, {{originalPath, storedName, 1}}};
-        ASSERT_TRUE(JSONStore::save(session, inRoot("hostile/manifest.json")));
-        home.file(inRoot("hostile/items/0-a"), "content");
+        session = {id('A'), start, start, ManualTrigger{}, {{originalPath, storedName, 1}}};
+        ASSERT_TRUE(JSONStore::save(session, inRoot(session.id + "/manifest.json")));
+        home.file(inRoot(session.id + "/items/0-a"), "content");
         const auto messages = restore();
         EXPECT_EQ(messages.size(), message.empty() ? 0 : 1) << originalPath;
         if (!messages.empty())
@@ -188,28 +215,29 @@ TEST_F(QuarantineTest, HostileManifestsReachNothing) {
     }
     EXPECT_TRUE(fs::exists(home.at("inner/deeper/back")));
     EXPECT_FALSE(fs::exists(home.at(".ssh")) || fs::exists(home.at("Library/Keychains")));
-    for (const char* id : {"", ".", "..", "../Quarantine", "/etc"}) {
-        EXPECT_THAT(messagesOf(quarantine.restore(id, std::nullopt)), ElementsAre(HasSubstr("not the name")));
-        EXPECT_FALSE(quarantine.purge(id));
+    for (const char* name : {"", ".", "..", "../Quarantine", "/etc", "holidays", "20260101-000000-00000a"}) {
+        EXPECT_THAT(messagesOf(quarantine.restore(name, std::nullopt)),
+                    ElementsAre(HasSubstr("not the name")));
+        EXPECT_FALSE(quarantine.purge(name));
     }
-    home.link(inRoot("linked"), outside.path());
-    EXPECT_FALSE(quarantine.purge("linked"));
+    home.link(inRoot(id('B')), outside.path());
+    EXPECT_FALSE(quarantine.purge(id('B')));
     EXPECT_EQ(test::filesBelow(outside.path()), "victim=kept\n");
 }
 
 TEST(Quarantine, KeepsWhatItsListDoesNotTell) {
     for (const bool hasJournal : {true, false}) {
         const TemporaryHome home;
-        const std::string folder = std::string(root) + "/session";
+        const std::string folder = std::string(root) + "/" + id('0');
         const std::string stored = home.file(folder + "/items/0-a", "a");
         if (hasJournal) home.folder(folder + "/journal.jsonl"); // which cannot be read
         ASSERT_TRUE(JSONStore::save(QuarantineSession{"other", start, start, ManualTrigger{}, {}},
                                     home.at(folder + "/manifest.json")));
         Quarantine quarantine(home.paths());
-        const auto messages = messagesOf(quarantine.restore("session", std::nullopt));
+        const auto messages = messagesOf(quarantine.restore(id('0'), std::nullopt));
         EXPECT_EQ(messages.size(), hasJournal ? 1 : 0);
         EXPECT_TRUE(fs::exists(stored)) << hasJournal;
-        if (!hasJournal) EXPECT_EQ(quarantine.sessions().at(0).id, "session") << "as its folder is called";
+        if (!hasJournal) EXPECT_EQ(quarantine.sessions().at(0).id, id('0')) << "as its folder is called";
     }
 }
 
@@ -255,30 +283,81 @@ TEST_F(QuarantineTest, ListsSessionsOfOneSecondInTheOrderOfTheirMaking) {
 }
 
 TEST_F(QuarantineTest, PurgesWhatCannotBeRead) {
-    const auto put = [&](const std::string& name) { return inRoot(name); };
-    home.file(put("damaged/manifest.json"), "{");
-    home.file(put("short/manifest.json"), R"({"createdAt":"x"})");
-    home.folder(put("pipe"));
-    ASSERT_EQ(::mkfifo(put("pipe/manifest.json").c_str(), 0600), 0);
-    for (const char* name : {"journal", "linked"}) {
-        session = {name, start, start, ManualTrigger{}, {{home.at("a"), "0-a", 1}}};
-        ASSERT_TRUE(JSONStore::save(session, put(std::string(name) + "/manifest.json")));
+    const auto put = [&](char last, const std::string& name) { return inRoot(id(last) + "/" + name); };
+    home.file(put('0', "manifest.json"), "{");
+    home.file(put('1', "manifest.json"), R"({"createdAt":"x"})");
+    home.folder(inRoot(id('2')));
+    ASSERT_EQ(::mkfifo(put('2', "manifest.json").c_str(), 0600), 0);
+    for (const char last : {'3', '4'}) {
+        session = {id(last), start, start, ManualTrigger{}, {{home.at("a"), "0-a", 1}}};
+        ASSERT_TRUE(JSONStore::save(session, put(last, "manifest.json")));
     }
-    ASSERT_EQ(::mkfifo(put("journal/journal.jsonl").c_str(), 0600), 0);
+    ASSERT_EQ(::mkfifo(put('3', "journal.jsonl").c_str(), 0600), 0);
     const TemporaryHome outside;
     outside.file("0-a", "kept");
-    home.link(put("linked/items"), outside.path());
-    home.file(put("no folder"), "");
-    session.id = "linked";
+    home.link(put('4', "items"), outside.path());
+    home.file(inRoot("no folder"), "");
     EXPECT_THAT(restore(), ElementsAre(HasSubstr("Quarantined copy is missing")));
     const auto listed = quarantine.sessions();
     ASSERT_EQ(listed.size(), 1);
     const auto unreadable = quarantine.unreadable(listed);
-    EXPECT_THAT(unreadable, ElementsAre("damaged", "journal", "pipe", "short"));
+    EXPECT_THAT(unreadable, ElementsAre(id('0'), id('1'), id('2'), id('3')));
     for (const std::string& name : unreadable) EXPECT_TRUE(quarantine.purge(name)) << name;
     EXPECT_EQ(quarantine.purgeExpired(start), 1);
     EXPECT_EQ(test::filesBelow(home.at(root)), "no folder=\n");
     EXPECT_EQ(test::filesBelow(outside.path()), "0-a=kept\n");
+}
+
+// Files as this program has written them ever since: a key that is spelt otherwise makes them unreadable.
+TEST_F(QuarantineTest, ReadsAndWritesItsFilesToTheLetter) {
+    const std::string manifest = home.file(inRoot(id('0') + "/manifest.json"), R"({
+  "createdAt": "2026-01-15T09:30:12Z",
+  "entries": [
+    {
+      "category": "installers",
+      "originalPath": "/Users/me/Downloads/a.dmg",
+      "restored": true,
+      "size": 3002368,
+      "storedName": "0-a.dmg"
+    }
+  ],
+  "expiresAt": "2026-01-22T09:30:12Z",
+  "id": "20260101-000000-000000",
+  "trigger": {
+    "schedule": {
+      "ruleName": "Weekly"
+    }
+  }
+})");
+    const QuarantineSession expected{
+        .id = id('0'),
+        .createdAt = start,
+        .expiresAt = addSeconds(start, 7 * 86400),
+        .trigger = ScheduleTrigger{"Weekly"},
+        .entries = {{"/Users/me/Downloads/a.dmg", "0-a.dmg", 3002368, CleanCategory::installers, true}}};
+    EXPECT_EQ(quarantine.sessions(), std::vector{expected});
+    const std::string text = *readFile(manifest);
+    ASSERT_TRUE(JSONStore::save(expected, manifest));
+    EXPECT_EQ(*readFile(manifest), text);
+
+    const auto journal = QuarantineJournal::parse(
+        R"({"category":"logs","originalPath":"/Users/me/b","restored":true,"size":5,"storedName":"1-b"})"
+        "\n{\"restoring\":\"0-a.dmg\"}\n{\"category\":\"lo");
+    EXPECT_EQ(journal.arriving,
+              (std::vector<QuarantineEntry>{{"/Users/me/b", "1-b", 5, CleanCategory::logs, true}}));
+    EXPECT_THAT(journal.restoring, ElementsAre("0-a.dmg"));
+}
+
+TEST_F(QuarantineTest, KnowsWhatAnUndoBroughtBackThatCouldNotWriteItDown) {
+    begin();
+    for (const char* name : {"a", "b"}) ASSERT_TRUE(add(home.file(name, name)));
+    ASSERT_TRUE(quarantine.finish(session));
+    const QuarantineSession held = session;
+    EXPECT_THAT(restore(std::set<std::string>{"0-a"}), ElementsAre());
+    ASSERT_TRUE(JSONStore::save(held, inRoot(held.id + "/manifest.json"))); // as before the undo
+    EXPECT_EQ(quarantine.sessions().at(0).activeCount(), 1);
+    EXPECT_THAT(restore(), ElementsAre());
+    EXPECT_FALSE(fs::exists(inRoot(held.id)));
 }
 
 TEST_F(QuarantineTest, MovesAndDeletesOnAFullDisk) {

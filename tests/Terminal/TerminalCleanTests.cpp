@@ -216,10 +216,13 @@ TEST_F(TerminalClean, UndoBringsBackAndSessionsHistoryAndPurgeTellTheTruth) {
 }
 
 TEST_F(TerminalClean, SessionsThatCannotBeReadAreNamedAndPurged) {
-    home.file("Library/Application Support/Ostrel Loftmere/Quarantine/damaged/manifest.json", "{");
+    home.file("Library/Application Support/Ostrel Loftmere/Quarantine/20260101-000000-00000D/manifest.json",
+              "{");
     for (const char* verb : {"sessions", "undo"})
-        EXPECT_THAT(run({verb}).err, HasSubstr("cannot be read: damaged in ~/Library")) << verb;
-    EXPECT_EQ(run({"purge", "damaged"}).out, "Purged session damaged, which could not be read\n");
+        EXPECT_THAT(run({verb}).err, HasSubstr("cannot be read: 20260101-000000-00000D in ~/Library"))
+            << verb;
+    EXPECT_EQ(run({"purge", "20260101-000000-00000D"}).out,
+              "Purged session 20260101-000000-00000D, which could not be read\n");
     EXPECT_EQ(run({"sessions"}).err, "");
     EXPECT_EQ(run({"purge", ".."}).status, 1);
 }

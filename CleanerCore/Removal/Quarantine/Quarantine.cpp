@@ -2,7 +2,6 @@
 
 #include "CleanerCore/Files/FS.h"
 #include "CleanerCore/Platform/RandomBytes.h"
-#include "CleanerCore/Platform/Removal.h"
 #include "CleanerCore/Removal/Quarantine/QuarantineRestore.h"
 #include "CleanerCore/Support/ByteCount.h"
 #include "CleanerCore/Support/PathText.h"
@@ -18,6 +17,17 @@ namespace loftmere {
 namespace {
 
 constexpr double secondsOfDay = 86400;
+
+// The names of all folders that may hold a session; none when the quarantine cannot be listed.
+std::vector<std::string> sessionFolders(const Paths& paths) {
+    const auto root = QuarantineFolder::root(paths);
+    const auto entries = root ? root->list() : std::nullopt;
+    std::vector<std::string> names;
+    for (const DirectoryEntry& entry : entries.value_or(std::vector<DirectoryEntry>{})) {
+        if (entry.type == FileType::directory && isSessionID(entry.name)) names.push_back(entry.name);
+    }
+    return names;
+}
 
 // "20260115-093012-7F3A9C", in local time. A second session in one folder would overwrite the first one's
 // list.
@@ -108,7 +118,6 @@ void Quarantine::letGo(const std::string& sessionID) {
 
 Result<std::vector<CleanFailure>> Quarantine::restore(const std::string& sessionID,
                                                       const std::optional<std::set<std::string>>& entryIDs) {
-    if (!isEntryName(sessionID)) return failed(QuarantineError::invalidID(sessionID));
     letGo(sessionID);
     auto folder = QuarantineFolder::open(paths_, sessionID);
     if (!folder && folder.error().code == ENOENT) return std::vector<CleanFailure>{};
@@ -127,8 +136,8 @@ std::vector<QuarantineSession> Quarantine::sessions() const {
         std::optional<Date> createdAt; // of the folder
     };
     std::vector<Found> found;
-    for (const std::string& child : FS::children(paths_.quarantineDir())) {
-        const auto folder = QuarantineFolder::open(paths_, lastPathComponent(child));
+    for (const std::string& name : sessionFolders(paths_)) {
+        const auto folder = QuarantineFolder::open(paths_, name);
         if (!folder) continue;
         auto session = folder->read();
         if (session && *session) found.push_back({std::move(**session), folder->createdAt()});
@@ -143,14 +152,19 @@ std::vector<QuarantineSession> Quarantine::sessions() const {
 }
 
 std::vector<std::string> Quarantine::unreadable(const std::vector<QuarantineSession>& listed) const {
-    std::vector<std::string> names;
-    for (const DirectoryEntry& entry : FS::entries(paths_.quarantineDir())) {
-        if (entry.type != FileType::directory) continue;
-        const auto known = std::ranges::find(listed, entry.name, &QuarantineSession::id);
-        if (known == listed.end()) names.push_back(entry.name);
-    }
+    std::vector<std::string> names = sessionFolders(paths_);
+    std::erase_if(names, [&](const std::string& name) {
+        return std::ranges::find(listed, name, &QuarantineSession::id) != listed.end();
+    });
     std::ranges::sort(names);
     return names;
+}
+
+Status Quarantine::check() const {
+    const auto root = QuarantineFolder::root(paths_);
+    if (!root) return root.error().code == ENOENT ? Status() : failed(root.error());
+    if (!root->list()) return failed(Failure::posix(EACCES, "read", root->realPath()));
+    return {};
 }
 
 int64_t Quarantine::totalSize() const {
@@ -160,7 +174,6 @@ int64_t Quarantine::totalSize() const {
 }
 
 Status Quarantine::purge(const std::string& sessionID) {
-    if (!isEntryName(sessionID)) return failed(QuarantineError::invalidID(sessionID));
     letGo(sessionID);
     const auto folder = QuarantineFolder::open(paths_, sessionID);
     if (!folder) return failed(folder.error());
@@ -178,19 +191,15 @@ int64_t Quarantine::purgeExpired(Date now) {
         addBytes(freed, session.totalSize());
         (void)purge(session.id);
     }
-    sweepOrphans(now);
+    sweep(now);
     QuarantineFolder::keepReserve(paths_);
     return freed;
 }
 
-// The day's grace keeps a session that another process is just creating. A manifest that is damaged, or that
-// cannot be looked at just now, is not missing.
-void Quarantine::sweepOrphans(Date now) const {
-    for (const std::string& child : FS::children(paths_.quarantineDir())) {
-        if (FS::isReachable(joinPath(child, "manifest.json"))) continue;
-        const auto modified = FS::modificationDate(child);
-        if (!modified || secondsBetween(*modified, now) <= secondsOfDay) continue;
-        if (const auto place = Place::open(child)) (void)removeItem(*place);
+void Quarantine::sweep(Date now) const {
+    for (const std::string& name : sessionFolders(paths_)) {
+        const auto folder = QuarantineFolder::open(paths_, name);
+        if (folder && (folder->isPurged() || folder->isOrphan(now)) && folder->lock()) (void)folder->remove();
     }
 }
 

@@ -61,24 +61,30 @@ public:
     // comes first.
     std::vector<QuarantineSession> sessions() const;
 
+    // Fails with a sentence for the user when there is a quarantine that cannot be listed, or a link in its
+    // place. `sessions` is empty then, and says nothing about what is held.
+    Status check() const;
+
     // The names of the other folders, those that are not in `listed`, the answer of `sessions`: their
-    // manifest or their journal cannot be read. `purge` takes them.
+    // manifest or their journal cannot be read, or their purge was cut short. `purge` takes them.
     std::vector<std::string> unreadable(const std::vector<QuarantineSession>& listed) const;
 
     // The bytes of all entries that are still held.
     int64_t totalSize() const;
 
     // Deletes a session with all it holds, whether or not it can be read. Fails while another run writes it.
+    // A purge that is cut short leaves the whole session or none; the rest of it is `unreadable` then.
     Status purge(const std::string& sessionID);
 
-    // Purges what has expired by `now`, and folders without a manifest that nobody has touched for a day.
-    // Answers the bytes that the purged sessions held. Sessions in use are left alone.
+    // Purges what has expired by `now`, folders without a manifest that nobody has touched for a day, and
+    // what purges left that were cut short. Answers the bytes that the expired sessions held. Sessions in use
+    // are left alone.
     int64_t purgeExpired(Date now);
 
 private:
     Result<QuarantineWriter*> writerOf(const std::string& sessionID);
     void letGo(const std::string& sessionID);
-    void sweepOrphans(Date now) const;
+    void sweep(Date now) const;
 
     const Paths paths_;
     std::mutex lock_; // guards writers_

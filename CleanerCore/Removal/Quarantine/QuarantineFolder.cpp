@@ -2,7 +2,6 @@
 
 #include "CleanerCore/Files/FS.h"
 #include "CleanerCore/Files/JSONStore.h"
-#include "CleanerCore/Platform/Directory.h"
 #include "CleanerCore/Platform/FileContent.h"
 #include "CleanerCore/Platform/Removal.h"
 #include "CleanerCore/Support/PathText.h"
@@ -19,7 +18,9 @@ namespace loftmere {
 namespace {
 
 constexpr const char* itemsName = "items";
+constexpr const char* manifestName = "manifest.json";
 constexpr const char* journalName = "journal.jsonl";
+constexpr const char* purgedName = "purged"; // what the items are called once their purge has begun
 constexpr const char* restoringKey = "restoring";
 
 constexpr size_t reservedBytes = size_t{4} << 20;                // the manifests of some ten thousand items
@@ -106,21 +107,32 @@ QuarantineJournal QuarantineJournal::parse(std::string_view text) {
     return journal;
 }
 
-QuarantineFolder::QuarantineFolder(const Paths& paths, Place place, std::optional<Place> items)
-    : reserve_(reserveFile(paths)), place_(std::move(place)), items_(std::move(items)) {}
+QuarantineFolder::QuarantineFolder(const Paths& paths, Place place, OpenFolder folder,
+                                   std::optional<OpenFolder> items)
+    : reserve_(reserveFile(paths)),
+      place_(std::move(place)),
+      folder_(std::move(folder)),
+      items_(std::move(items)) {}
+
+Result<OpenFolder> QuarantineFolder::root(const Paths& paths) {
+    auto place = Place::open(paths.quarantineDir());
+    if (!place) return failed(std::move(place.error()));
+    return place->asFolder();
+}
 
 Result<QuarantineFolder> QuarantineFolder::open(const Paths& paths, const std::string& sessionID) {
-    if (!isEntryName(sessionID)) return failed(QuarantineError::invalidID(sessionID));
-    auto place = Place::open(joinPath(paths.quarantineDir(), sessionID));
-    if (!place) return failed(std::move(place.error()));
-    auto folder = place->below(itemsName);
+    if (!isSessionID(sessionID)) return failed(QuarantineError::invalidID(sessionID));
+    auto quarantine = root(paths);
+    if (!quarantine) return failed(std::move(quarantine.error()));
+    Place place = quarantine->entry(sessionID);
+    auto folder = place.asFolder();
     if (!folder) return failed(std::move(folder.error()));
-    auto items = folder->below("0");
-    if (items) return QuarantineFolder(paths, std::move(*place), std::move(*items));
+    auto items = folder->subfolder(itemsName);
+    if (items) return QuarantineFolder(paths, std::move(place), std::move(*folder), std::move(*items));
     // A folder without items holds nothing, but it is one.
     const int error = items.error().code;
     if (error == ENOENT || error == ENOTDIR || error == ELOOP)
-        return QuarantineFolder(paths, std::move(*place), std::nullopt);
+        return QuarantineFolder(paths, std::move(place), std::move(*folder), std::nullopt);
     return failed(std::move(items.error()));
 }
 
@@ -147,34 +159,35 @@ void QuarantineFolder::keepReserve(const Paths& paths) {
 }
 
 Result<FileLock> QuarantineFolder::lock() const {
-    auto lock = FileLock::acquireFolder(place_);
+    auto lock = folder_.lock();
     if (!lock && lock.error().code == EWOULDBLOCK) return failed(QuarantineError::inUse(place_.name()));
     return lock;
 }
 
 std::optional<Date> QuarantineFolder::createdAt() const {
-    const auto status = place_.status();
+    const auto status = folder_.status();
     return status ? status->created : std::nullopt;
 }
 
 std::optional<Place> QuarantineFolder::item(const std::string& storedName) const {
     if (!items_ || !isEntryName(storedName)) return std::nullopt;
-    return items_->beside(storedName);
+    return items_->entry(storedName);
 }
 
 bool QuarantineFolder::isAbsent(const std::string& storedName) const {
     const auto stored = item(storedName);
     // What is in place of the items may be put right again, and they with it.
-    if (!stored) return !isEntryName(storedName) || !FS::exists(joinPath(place_.realPath(), itemsName));
+    if (!stored) return !isEntryName(storedName) || !folder_.entry(itemsName).status();
     const auto status = stored->status();
     return !status && status.error() == ENOENT;
 }
 
 std::string QuarantineFolder::itemPath(const std::string& storedName) const {
-    return joinPath(joinPath(place_.realPath(), itemsName), storedName);
+    return joinPath(folder_.entry(itemsName).realPath(), storedName);
 }
 
 Result<std::optional<QuarantineSession>> QuarantineFolder::read() const {
+    if (isPurged()) return std::nullopt;
     // The journal first: when it is gone by then, the manifest that is read after it is whole.
     const auto moves = readJournal(journalPath());
     if (!moves) return failed(moves.error());
@@ -190,7 +203,20 @@ Result<std::optional<QuarantineSession>> QuarantineFolder::read() const {
         if (!known.contains(entry->storedName) && !isAbsent(entry->storedName))
             session->entries.push_back(*entry);
     }
+    noteBroughtBack(*session);
     return session;
+}
+
+// An undo on a full disk may have brought items back that nobody could write down.
+void QuarantineFolder::noteBroughtBack(QuarantineSession& session) const {
+    std::unordered_set<std::string> held;
+    if (const auto listed = items_ ? items_->list() : std::nullopt) {
+        for (const DirectoryEntry& entry : *listed) held.insert(entry.name);
+    }
+    for (QuarantineEntry& entry : session.entries) {
+        if (entry.restored || held.contains(entry.storedName)) continue;
+        entry.restored = isAbsent(entry.storedName) && FS::exists(entry.originalPath);
+    }
 }
 
 Status QuarantineFolder::save(const QuarantineSession& session) const {
@@ -207,7 +233,7 @@ Status QuarantineFolder::saveOnce(const QuarantineSession& session) const {
 }
 
 std::string QuarantineFolder::journalPath() const {
-    return joinPath(place_.realPath(), journalName);
+    return folder_.entry(journalName).realPath();
 }
 
 Status QuarantineFolder::openJournal() {
@@ -216,8 +242,7 @@ Status QuarantineFolder::openJournal() {
     auto file = AppendFile::open(journalPath(), AppendFile::FinalLink::refuse);
     if (!file) return failed(std::move(file.error()));
     journal_ = std::move(*file);
-    if (!isNew) return {};
-    if (auto inner = place_.below("0")) (void)inner->sync();
+    if (isNew) (void)folder_.sync();
     return {};
 }
 
@@ -250,22 +275,39 @@ bool QuarantineFolder::hasJournal() const {
 }
 
 void QuarantineFolder::dropJournal() {
-    if (auto place = place_.below(journalName); place && place->status()) (void)removeItem(*place);
+    if (const Place journal = folder_.entry(journalName); journal.status()) (void)removeItem(journal);
     journal_.reset();
 }
 
+bool QuarantineFolder::isPurged() const {
+    return folder_.entry(purgedName).status().has_value();
+}
+
+bool QuarantineFolder::isOrphan(Date now) const {
+    constexpr double day = 86400;
+    // A manifest that is damaged, or that cannot be looked at just now, is not missing.
+    const auto manifest = folder_.entry(manifestName).status();
+    if (manifest || manifest.error() != ENOENT) return false;
+    const auto status = folder_.status();
+    return status && secondsBetween(status->modified, now) > day;
+}
+
 Status QuarantineFolder::remove() const {
-    if (auto items = place_.below(itemsName); items && items->status()) {
-        if (auto removed = removeItem(*items); !removed) return removed;
+    const Place items = folder_.entry(itemsName);
+    if (items.status() && !isPurged()) {
+        if (auto decided = moveItem(items, folder_.entry(purgedName)); !decided) return decided;
+        (void)folder_.sync();
+    }
+    if (const Place manifest = folder_.entry(manifestName); manifest.status()) {
+        if (auto removed = removeItem(manifest); !removed) return removed;
     }
     return removeItem(place_);
 }
 
 Status QuarantineFolder::removeEmptied() const {
-    const std::string items = itemPath("");
     const auto isNoItem = [](const DirectoryEntry& entry) { return entry.name == ".DS_Store"; };
-    const auto left = readDirectory(items);
-    const bool isEmptied = left ? std::ranges::all_of(*left, isNoItem) : !FS::isReachable(items);
+    const auto left = items_ ? items_->list() : std::nullopt;
+    const bool isEmptied = left ? std::ranges::all_of(*left, isNoItem) : !folder_.entry(itemsName).status();
     return isEmptied ? remove() : failed(Failure::posix(ENOTEMPTY, "delete", place_.realPath()));
 }
 

@@ -34,6 +34,10 @@ struct QuarantineJournal {
 // thread; whoever changes something holds `lock`.
 class QuarantineFolder {
 public:
+    // The folder that holds all sessions' folders. Fails when there is none, and for a link: the folders
+    // behind it are not ours to purge.
+    static Result<OpenFolder> root(const Paths& paths);
+
     // Fails when the id is not one, and when there is no such folder. A link in its place is not followed.
     static Result<QuarantineFolder> open(const Paths& paths, const std::string& sessionID);
 
@@ -60,8 +64,9 @@ public:
     // The path of the item, for messages.
     std::string itemPath(const std::string& storedName) const;
 
-    // The session as it is: the manifest, completed by the journal's moves that it does not list yet. Absent
-    // when the manifest cannot be read. Fails when there is a journal that cannot be read.
+    // The session as it is: the manifest, completed by the journal's moves that it does not list yet. An
+    // entry whose copy is gone and whose original is there has been restored. Absent when the manifest cannot
+    // be read, and once a purge has begun. Fails when there is a journal that cannot be read.
     Result<std::optional<QuarantineSession>> read() const;
 
     // Puts the moves so far on the disk, and then the manifest.
@@ -79,26 +84,36 @@ public:
     // To be called when the manifest says all that the journal says.
     void dropJournal();
 
-    // Removes the folder: what it holds first and the manifest late, so that what a crash leaves is still
-    // listed.
+    // Purges the session. One rename decides: before it the session is whole, and after it there is no
+    // session any more, whatever ends or stops the deletion of what it held. What is left then, `remove`
+    // removes.
     Status remove() const;
+
+    // A purge has begun.
+    bool isPurged() const;
+
+    // It certainly has no manifest, and nobody had touched it for a day by `now`. The day's grace keeps a
+    // session that another process is just creating.
+    bool isOrphan(Date now) const;
 
     // The same, unless an item is left that the session does not know.
     Status removeEmptied() const;
 
 private:
-    QuarantineFolder(const Paths& paths, Place place, std::optional<Place> items);
+    QuarantineFolder(const Paths& paths, Place place, OpenFolder folder, std::optional<OpenFolder> items);
 
     static Result<QuarantineFolder> createOnce(const Paths& paths, const QuarantineSession& session);
-    std::string manifest() const { return place_.realPath() + "/manifest.json"; }
+    std::string manifest() const { return folder_.realPath() + "/manifest.json"; }
     std::string journalPath() const;
+    void noteBroughtBack(QuarantineSession& session) const;
     Status saveOnce(const QuarantineSession& session) const;
     Status openJournal();
     Status announce(const std::string& lines);
 
-    std::string reserve_;               // the file
-    Place place_;                       // in the quarantine
-    std::optional<Place> items_;        // any name among the items
+    std::string reserve_; // the file
+    Place place_;         // in the quarantine
+    OpenFolder folder_;   // the same
+    std::optional<OpenFolder> items_;
     std::optional<AppendFile> journal_; // from the first announcement on
 };
 

@@ -131,8 +131,8 @@ Status moveBack(const Paths& paths, const SafetyPolicy& policy, const Quarantine
 } // namespace
 
 std::string realFolderPath(const std::string& path) {
-    const auto place = Place::open(joinPath(path, "x"));
-    return place ? parentPath(place->realPath()) : path;
+    const auto folder = OpenFolder::open(path);
+    return folder ? folder->realPath() : path;
 }
 
 Result<std::vector<CleanFailure>> restoreEntries(const Paths& paths, QuarantineFolder& folder,

@@ -48,6 +48,15 @@ int QuarantineSession::activeCount() const {
 
 LOFTMERE_RECORD_CODEC(QuarantineSession, sessionFields)
 
+bool isSessionID(std::string_view text) {
+    constexpr std::string_view form = "00000000-000000-FFFFFF";
+    return std::ranges::equal(text, form, [](char c, char pattern) {
+        const bool isDigit = c >= '0' && c <= '9';
+        if (pattern == '-') return c == '-';
+        return isDigit || (pattern == 'F' && c >= 'A' && c <= 'F');
+    });
+}
+
 namespace QuarantineError {
 
 Failure destinationExists(const std::string& path) {

@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace loftmere {
@@ -41,6 +42,9 @@ struct QuarantineSession {
     bool operator==(const QuarantineSession&) const = default;
 };
 
+// Whether a text has the form of an id, "20260115-093012-7F3A9C". Folders with other names are not ours.
+bool isSessionID(std::string_view text);
+
 LOFTMERE_JSON_CODEC(QuarantineEntry);
 LOFTMERE_JSON_CODEC(QuarantineSession);
 
@@ -54,7 +58,7 @@ Failure differentVolume(const std::string& name);
 // Another run is writing the session.
 Failure inUse(const std::string& sessionID);
 
-// An id that could lead out of the quarantine.
+// A text that is not an id, and could lead out of the quarantine.
 Failure invalidID(const std::string& sessionID);
 
 } // namespace QuarantineError
