@@ -360,6 +360,17 @@ TEST_F(QuarantineTest, KnowsWhatAnUndoBroughtBackThatCouldNotWriteItDown) {
     EXPECT_FALSE(fs::exists(inRoot(held.id)));
 }
 
+TEST_F(QuarantineTest, MakesParentsAgainThatAreDeeperThanPathsMayBe) {
+    begin();
+    Place place = *Place::open(home.at("deep"));
+    for (int i = 0; i < 40; ++i) place = *place.below(std::string(200, 'd'), Place::Missing::create);
+    ASSERT_TRUE(moveItem(*Place::open(home.file("a", "a")), place));
+    ASSERT_TRUE(add(place.realPath()));
+    ASSERT_TRUE(removeItem(*Place::open(home.at("deep"))));
+    EXPECT_THAT(restore(), ElementsAre());
+    EXPECT_TRUE(Place::open(place.realPath())->status());
+}
+
 TEST_F(QuarantineTest, MovesAndDeletesOnAFullDisk) {
     const std::string image = home.file("image", "");
     if (std::system(("truncate -s 64M " + image + " && mkfs.ext4 -q -m 0 " + image).c_str()) != 0)

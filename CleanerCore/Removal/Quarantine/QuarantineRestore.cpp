@@ -1,6 +1,5 @@
 #include "CleanerCore/Removal/Quarantine/QuarantineRestore.h"
 
-#include "CleanerCore/Platform/FileStatus.h"
 #include "CleanerCore/Platform/Removal.h"
 #include "CleanerCore/Safety/SafetyPolicy.h"
 #include "CleanerCore/Support/PathText.h"
@@ -22,16 +21,6 @@ constexpr const char* neverTaken = "nothing is ever quarantined from there ({})"
 bool isPlain(const std::string& path) {
     return path.size() > 1 && path.starts_with('/') && path == standardizedPathText(path) &&
            path.find('\0') == std::string::npos;
-}
-
-std::string lowestExistingFolder(const std::string& path) {
-    std::string folder = parentPath(path);
-    while (folder != "/") {
-        const auto status = targetStatus(folder);
-        if (status || status.error() != ENOENT) break;
-        folder = parentPath(folder);
-    }
-    return folder;
 }
 
 // Why nothing can have been taken from there; empty when something can.
@@ -61,7 +50,7 @@ private:
     Destination(Place anchor, std::vector<std::string> below)
         : anchor_(std::move(anchor)), below_(std::move(below)) {}
 
-    Place anchor_;                   // in the lowest folder that exists
+    Place anchor_;                   // in the lowest folder of the way that exists
     std::vector<std::string> below_; // the rest of the way, from the item of `anchor_` on
 };
 
@@ -72,23 +61,25 @@ Result<Destination> Destination::open(const Paths& paths, const SafetyPolicy& po
             Failure::saying(fmt::format("{} cannot be restored: {}", printable(originalPath), reason)));
     };
     if (!isPlain(originalPath)) return refused(noPlainPath);
-    const std::string folder = lowestExistingFolder(originalPath);
-    const std::string rest = originalPath.substr(folder == "/" ? 0 : folder.size());
-    std::vector<std::string> below = splitOmittingEmpty(rest, '/');
-    auto anchor = Place::open(joinPath(folder, below.front()));
+    std::string top = originalPath; // or the uppermost folder on the way that is missing
+    auto anchor = Place::open(top);
+    while (!anchor && anchor.error().code == ENOENT && top != "/") {
+        top = parentPath(top);
+        anchor = Place::open(top);
+    }
     if (!anchor) return failed(std::move(anchor.error()));
-    const std::string realFolder = parentPath(anchor->realPath());
-    const std::string realPath = joinPath(realFolder, rest);
+    const std::string below = originalPath.substr(top.size());
+    const std::string& realFolder = anchor->parent().realPath();
+    const std::string realPath = anchor->realPath() + below;
     if (isAtOrUnder(realPath, realFolderPath(paths.supportDir()))) return refused(insideOwnFolder);
     const std::string realHome = realFolderPath(paths.home());
     const bool staysAtHome = isAtOrUnder(realFolder, realHome);
-    if (realFolder != folder && !staysAtHome) return refused(throughLink);
+    if (realFolder != parentPath(top) && !staysAtHome) return refused(throughLink);
     const std::string spelled =
         staysAtHome ? joinPath(paths.home(), realPath.substr(realHome.size())) : realPath;
     if (const std::string reason = reasonAgainst(policy, originalPath, spelled); !reason.empty())
         return refused(fmt::format(neverTaken, reason));
-    below.erase(below.begin());
-    return Destination(std::move(*anchor), std::move(below));
+    return Destination(std::move(*anchor), splitOmittingEmpty(below, '/'));
 }
 
 Result<Place> Destination::make() const {
