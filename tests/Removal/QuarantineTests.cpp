@@ -360,6 +360,38 @@ TEST_F(QuarantineTest, KnowsWhatAnUndoBroughtBackThatCouldNotWriteItDown) {
     EXPECT_FALSE(fs::exists(inRoot(held.id)));
 }
 
+namespace {
+
+std::string renameFrom, renameTo;
+
+// The next rename is done and reported as failed.
+int renamesAndFails(calls::Call call) {
+    if (call != calls::Call::rename || renameFrom.empty()) return 0;
+    fs::rename(std::exchange(renameFrom, ""), renameTo);
+    return EIO;
+}
+
+} // namespace
+
+TEST_F(QuarantineTest, BelievesTheDiskAboutARename) {
+    begin();
+    const std::string path = home.file("a", "a");
+    const std::string stored = inRoot(session.id + "/items/0-a");
+    renameFrom = path;
+    renameTo = stored;
+    calls::hook = renamesAndFails;
+    EXPECT_TRUE(add(path));
+    calls::hook = nullptr;
+    ASSERT_TRUE(quarantine.finish(session));
+    EXPECT_EQ(quarantine.totalSize(), 10);
+    renameFrom = stored;
+    renameTo = path;
+    calls::hook = renamesAndFails;
+    EXPECT_THAT(restore(), ElementsAre());
+    calls::hook = nullptr;
+    EXPECT_FALSE(fs::exists(inRoot(session.id)));
+}
+
 TEST_F(QuarantineTest, MakesParentsAgainThatAreDeeperThanPathsMayBe) {
     begin();
     Place place = *Place::open(home.at("deep"));

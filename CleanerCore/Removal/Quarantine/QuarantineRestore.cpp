@@ -114,8 +114,9 @@ Status moveBack(const Paths& paths, const SafetyPolicy& policy, const Quarantine
     const auto place = destination->make();
     if (!place) return failed(place.error());
     auto moved = moveItem(*stored, *place);
-    const bool isTaken =
-        !moved && moved.error().domain == FailureDomain::posix && moved.error().code == EEXIST;
+    // Some file systems report an error for a rename that they have done.
+    if (moved || (folder.isAbsent(entry.storedName) && place->status())) return {};
+    const bool isTaken = moved.error().domain == FailureDomain::posix && moved.error().code == EEXIST;
     return isTaken ? failed(QuarantineError::destinationExists(entry.originalPath)) : moved;
 }
 

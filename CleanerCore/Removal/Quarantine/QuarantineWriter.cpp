@@ -74,7 +74,8 @@ Status QuarantineWriter::add(const Place& place, QuarantineEntry entry, Quaranti
     if (!stored) return failed(QuarantineError::missing(folder_.itemPath(entry.storedName)));
     if (place.isOnAnotherVolume(*stored)) return failed(QuarantineError::differentVolume(place.name()));
     if (auto announced = ensureAnnounced(entry); !announced) return announced;
-    if (auto moved = moveItem(place, *stored); !moved) {
+    // Some file systems report an error for a rename that they have done. The name was free before.
+    if (auto moved = moveItem(place, *stored); !moved && !stored->status()) {
         // Two mounts of one volume look like one until the move is tried.
         if (moved.error().code == EXDEV) return failed(QuarantineError::differentVolume(place.name()));
         return moved;
