@@ -15,7 +15,7 @@ namespace loftmere::Shell {
 
 namespace {
 
-// The system's own tools win over what a user's PATH puts in their place.
+// The system's own tools win over others of the same name in a user's PATH.
 constexpr const char* systemFolders[] = {
     "/usr/bin",
     "/bin",
@@ -26,7 +26,7 @@ constexpr const char* systemFolders[] = {
     "/Applications/Docker.app/Contents/Resources/bin",
 };
 
-constexpr double longestLimit = 365.0 * 86400; // keeps absurd limits within what a clock can count
+constexpr double longestLimit = 365.0 * 86400; // so that absurd limits do not overflow the clock
 
 class OverrideHolder {
 public:
@@ -74,19 +74,19 @@ ChildProcess::Deadline after(double seconds) {
 
 using CancelCheck = std::function<bool()>;
 
-// Waits by `wait` until the deadline, but no longer than the answer is wanted. Whether it came.
+// Calls `wait` until it succeeds, the time is over or `isCancelled` returns true. Whether it succeeded.
 template <class Wait> bool waitWhileWanted(double seconds, const CancelCheck& isCancelled, Wait wait) {
-    constexpr double betweenQuestions = 0.05;
+    constexpr double interval = 0.05;
     const auto deadline = after(seconds);
     if (!isCancelled) return wait(deadline);
     while (true) {
-        const auto next = std::min(deadline, after(betweenQuestions));
+        const auto next = std::min(deadline, after(interval));
         if (wait(next)) return true;
         if (next == deadline || isCancelled()) return false;
     }
 }
 
-// Asks the child to end, then makes it.
+// Asks the child to end, then kills it.
 void end(ChildProcess& child, double obey) {
     child.terminate();
     if (!child.waitForEnd(after(obey))) child.kill();

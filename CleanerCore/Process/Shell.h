@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-// The one way in which outside tools are run: without a shell, always with a time limit. Never throws and
-// never hangs; any number of threads may run tools at once. Blocks its caller, so never on the main thread.
+// The only way to run outside tools: without a shell, always with a time limit. Never throws and never hangs.
+// Any number of threads may run tools at once. Blocks its caller, so it is not for the main thread.
 namespace loftmere::Shell {
 
 struct Result {
@@ -23,24 +23,23 @@ inline constexpr int32_t notLaunched = 126;
 inline constexpr int32_t timedOut = -1;
 inline constexpr int32_t cancelled = -2;
 
-// How long a run may last beyond its time limit, in seconds. Every caller is served with the defaults; tests
-// shorten them.
+// How long a run may last beyond its time limit, in seconds. Only tests change the defaults.
 struct Grace {
     double obey = 2.0; // to end after SIGTERM, before SIGKILL
     double read = 5.0; // for output that a grandchild holds open
 };
 
-// The executable that a name stands for: an absolute name as it is, any other looked up in the system's
-// folders first and in PATH after them. Absent when there is no executable file.
+// The path of a tool. An absolute name is its own path; any other is looked up in the system's folders first
+// and then in PATH. Absent when there is no executable file.
 std::optional<std::string> which(const std::string& name);
 
-// Runs a tool to its end, but for at most `timeout` seconds and the grace. `isCancelled`, if given, is asked
-// on this thread every 0.05 seconds; when it answers true the tool is killed at once, so only a tool that
-// asks and changes nothing should be run with one.
+// Runs a tool until it ends, for at most `timeout` seconds and the grace. `isCancelled`, if given, is called
+// on this thread every 0.05 seconds. When it returns true the tool is killed at once, so pass it only for
+// tools that change nothing.
 Result run(const std::string& tool, const std::vector<std::string>& arguments, double timeout,
            Grace grace = {}, const std::function<bool()>& isCancelled = nullptr);
 
-// For tests alone: stand-ins for tools that the system's folders may hold too.
+// For tests only: replacements for tools that the system's folders may hold as well.
 struct SearchOverride {
     std::vector<std::string> folders; // searched before all others
     std::vector<std::string> absent;  // names that are found in these folders only

@@ -129,6 +129,6 @@ inline constexpr auto tableOf<CleanCategory> = [] {
     });
     // clang-format on
 }();
-static_assert(isComplete<CleanCategory>());
+static_assert(isComplete<CleanCategory>() && isNamedByCases<CleanCategory>());
 
 } // namespace loftmere

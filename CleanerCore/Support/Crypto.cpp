@@ -38,9 +38,9 @@ std::string Sha256::finish() {
 
 std::string base64Encoded(std::string_view bytes) {
     std::string text((bytes.size() + 2) / 3 * 4 + 1, '\0'); // the library writes a final NUL
-    const int length = EVP_EncodeBlock(reinterpret_cast<unsigned char*>(text.data()),
-                                       reinterpret_cast<const unsigned char*>(bytes.data()),
-                                       static_cast<int>(bytes.size()));
+    const int length =
+        EVP_EncodeBlock(reinterpret_cast<unsigned char*>(text.data()),
+                        reinterpret_cast<const unsigned char*>(bytes.data()), static_cast<int>(bytes.size()));
     text.resize(static_cast<size_t>(length));
     return text;
 }

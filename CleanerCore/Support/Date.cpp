@@ -20,7 +20,7 @@ constexpr std::chrono::sys_seconds earliest = std::chrono::sys_days(std::chrono:
 constexpr std::chrono::sys_seconds latest =
     std::chrono::sys_days(std::chrono::year(10000) / 1 / 1) - std::chrono::seconds(1);
 
-// Reads exactly `width` decimal digits and takes them off the text.
+// Removes exactly `width` decimal digits from the front of the text.
 std::optional<int> takeDigits(std::string_view& text, size_t width) {
     int value = 0;
     if (text.size() < width) return std::nullopt;

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <optional>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 // Everything that is known about the cases of an enumeration is one table, next to the enumeration: a row for
@@ -61,10 +62,15 @@ template <class Row, class T> auto casesWith(T Row::* column, T value) {
 
 namespace detail {
 
-// Whether the enumeration has a case of this value. Where it has none, the compiler writes a number for the
-// case's name: "[value = (Risk)3]".
-template <auto value> consteval bool isCase() {
-    return !std::string_view(__PRETTY_FUNCTION__).contains("= (");
+// How the compiler writes a value: "loftmere::Risk::review" for a case, "(loftmere::Risk)3" for any other.
+template <auto value> consteval std::string_view spelling() {
+    std::string_view text = __PRETTY_FUNCTION__;
+    text.remove_prefix(text.find("= ") + 2);
+    return text.substr(0, text.find_first_of(";]"));
+}
+
+template <auto value> consteval std::string_view caseName() {
+    return spelling<value>().substr(spelling<value>().rfind(':') + 1);
 }
 
 } // namespace detail
@@ -75,7 +81,14 @@ template <Tabulated E> consteval bool isComplete() {
     for (size_t i = 0; i < count; ++i) {
         if (tableOf<E>[i].value != static_cast<E>(i)) return false;
     }
-    return !detail::isCase<static_cast<E>(count)>();
+    return detail::spelling<static_cast<E>(count)>().starts_with('(');
+}
+
+// Whether each raw value is the name of its case.
+template <Tabulated E> consteval bool isNamedByCases() {
+    return []<size_t... i>(std::index_sequence<i...>) {
+        return ((tableOf<E>[i].rawValue == detail::caseName<static_cast<E>(i)>()) && ...);
+    }(std::make_index_sequence<tableOf<E>.size()>{});
 }
 
 } // namespace loftmere

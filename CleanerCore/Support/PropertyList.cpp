@@ -22,7 +22,7 @@ namespace {
 constexpr int deepest = 100;
 constexpr size_t mostUnfoldedBytes = size_t{96} << 20;
 constexpr size_t trailerSize = 32;
-constexpr size_t nodeCost = 128; // about what the library takes for a value of no length
+constexpr size_t nodeCost = 128; // about what the library needs for an empty value
 
 // The objects of a binary property list, found through its offset table.
 class ObjectTable {
@@ -37,11 +37,11 @@ private:
         size_t count = 0;   // elements or units
         size_t content = 0; // where they begin
     };
-    // What is known of an object that has been looked into.
+    // What is known about an object that has been measured.
     struct Measure {
         size_t cost = 0;
         int height = 0;
-        bool open = false; // still being looked into: meeting it again is a cycle
+        bool open = false; // still being measured: meeting it again is a cycle
     };
 
     std::optional<uint64_t> number(size_t at, size_t width) const;

@@ -50,7 +50,7 @@ bool isDigit(char c) {
     return c >= '0' && c <= '9';
 }
 
-// Takes the run of digits at the front off and answers it without leading zeros.
+// Removes the digits at the front of the text and returns them without leading zeros.
 std::string_view takeNumber(std::string_view& text) {
     const auto end = std::ranges::find_if_not(text, isDigit);
     std::string_view digits = text.substr(0, static_cast<size_t>(end - text.begin()));

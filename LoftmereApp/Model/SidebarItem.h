@@ -83,7 +83,7 @@ inline constexpr auto tableOf<SidebarItem> = [] {
     });
     // clang-format on
 }();
-static_assert(isComplete<SidebarItem>());
+static_assert(isComplete<SidebarItem>() && isNamedByCases<SidebarItem>());
 
 // What a screen scans; empty for all but the cleanup screens.
 inline std::vector<CleanCategory> categoriesOf(SidebarItem item) {

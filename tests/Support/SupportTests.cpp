@@ -2,6 +2,7 @@
 #include "CleanerCore/Support/Abandonable.h"
 #include "CleanerCore/Support/ByteCount.h"
 #include "CleanerCore/Support/Concurrent.h"
+#include "CleanerCore/Support/Crypto.h"
 #include "CleanerCore/Support/Date.h"
 #include "CleanerCore/Support/PathText.h"
 #include "CleanerCore/Support/Text.h"
@@ -26,6 +27,9 @@ TEST(ByteFormat, RoundsAsTheFileCountStyleDoes) {
           Case{1'200'000'000, "1.2 GB"}, Case{3'000'000'000'000, "3 TB"}, Case{-1500, "-2 KB"},
           Case{std::numeric_limits<int64_t>::max(), "9.22 EB"}})
         EXPECT_EQ(ByteFormat::string(bytes), text) << bytes;
+    int64_t sum = std::numeric_limits<int64_t>::max() - 1;
+    addBytes(sum, 2);
+    EXPECT_EQ(sum, std::numeric_limits<int64_t>::max());
 }
 
 TEST(Date, ISO8601IsStrictAndWhole) {
@@ -55,6 +59,7 @@ TEST(DateText, FollowsTheUsersLocale) {
     EXPECT_EQ(DateText::medium(date, "en_US"), "Mar 1, 2026");
     EXPECT_EQ(DateText::medium(date, "de_DE"), "01.03.2026");
     EXPECT_FALSE(DateText::medium(distantFuture, "xx_nonsense").empty());
+    EXPECT_EQ(DateText::local(date, "%Y%m%d-%H%M%S"), "20260301-093000");
 
     using Case = std::array<const char*, 4>;
     for (const auto& [all, times, lang, expected] :
@@ -106,6 +111,24 @@ TEST(Text, NothingFromOutsideReachesATerminalRaw) {
     EXPECT_FALSE(isValidUTF8("\xf5\x80\x80\x80"));
     EXPECT_FALSE(isValidUTF8("cut \xe2\x82"));
     EXPECT_EQ(repairedUTF8("cut \xe2\x82"), "cut \xEF\xBF\xBD");
+}
+
+TEST(Text, IsCutBetweenCharacters) {
+    for (const auto& [size, whole] :
+         {std::pair<size_t, const char*>{6, "aé日"}, {5, "aé"}, {3, "aé"}, {2, "a"}}) {
+        EXPECT_EQ(wholeCharacters("aé日", size), whole);
+    }
+    EXPECT_EQ(firstCharacters("aé日本", 3), "aé日");
+    EXPECT_EQ(firstCharacters("aé", 9), "aé");
+    EXPECT_EQ(prefixOfWidth("é日本", 4), "é日");
+    EXPECT_EQ(suffixOfWidth("日e\u0301x", 2), "e\u0301x");
+    EXPECT_EQ(suffixOfWidth("日e\u0301x", 1), "x");
+}
+
+TEST(Crypto, Base64IsPadded) {
+    EXPECT_EQ(base64Encoded(""), "");
+    EXPECT_EQ(base64Encoded(std::string_view("\xff\0\xfe?", 4)), "/wD+Pw==");
+    EXPECT_EQ(base64Encoded("/a/ü"), "L2Evw7w=");
 }
 
 TEST(AbandonableThreaded, LeavesWorkThatIsNotWaitedForToItself) {
