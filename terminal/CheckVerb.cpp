@@ -69,7 +69,7 @@ ExitStatus check(Program& program, const std::vector<std::string>& paths) {
 
 void declareCheck(CLI::App& parser, Request& request) {
     const auto paths = std::make_shared<std::vector<std::string>>();
-    CLI::App& verb = addVerb(parser, request, "check", "Tell whether a path may be removed, and why not");
+    CLI::App& verb = addVerb(parser, request, "check", "Say whether a path may be removed, and why not");
     addWords(verb, "PATH", *paths, "The paths to judge; they need not exist")->required();
     verb.callback(
         [&request, paths] { request.run = [paths](Program& program) { return check(program, *paths); }; });

@@ -18,7 +18,7 @@ constexpr int noteIndent = 3;
 struct Group {
     CleanAction action;
     const char* heading;
-    const char* note; // what it means for the user; empty where the heading tells all
+    const char* note; // what it means for the user; empty where the heading says it all
     bool acts;        // something is done to the item
 };
 
@@ -80,7 +80,7 @@ void warnOfSynced(Console& console, const CleanPreview& preview) {
     console.printLine();
 }
 
-// Says what a clean also gives up.
+// Says what the clean deletes from quarantine.
 void printExpired(Program& program) {
     ExpiredPurge expired;
     for (const QuarantineSession& session : *program.model().sessions) {

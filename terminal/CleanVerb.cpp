@@ -112,7 +112,7 @@ private:
         if (!report.failures.empty()) status_ = ExitStatus::failed;
         answer(report, false);
         if (isStopped()) {
-            console().say("interrupted; what is not told above was left as it is");
+            console().say("interrupted; what is not listed above was left as it is");
         } else {
             finishAsAdmin();
             purgeExpired();

@@ -155,7 +155,7 @@ void StatusLine::draw(const std::string& text) const {
 
 void JsonOutput::value(const Json& value, std::string_view key) {
     startValue(key);
-    const std::string deeper = newLine(); // line ends stand between values only: in texts they are escaped
+    const std::string deeper = newLine(); // line feeds are between values only; within texts they are escaped
     std::string text;
     for (const char c : printableJson(value.dump(indent, ' ', false, Json::error_handler_t::replace))) {
         if (c == '\n')

@@ -65,8 +65,8 @@ ExitStatus history(Program& program, const std::vector<std::string>& words) {
 void declareHistory(CLI::App& parser, Request& request) {
     const auto limit = std::make_shared<std::vector<std::string>>();
     CLI::App& verb =
-        addVerb(parser, request, "history", "Tell what was done and what was refused, newest first");
-    addWords(verb, "--limit", *limit, "How many actions to tell, 50 unless given")
+        addVerb(parser, request, "history", "List what was done and what was refused, newest first");
+    addWords(verb, "--limit", *limit, "How many actions to list, 50 unless given")
         ->type_name("N")
         ->expected(1);
     verb.callback(

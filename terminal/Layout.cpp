@@ -17,7 +17,6 @@ constexpr int margin = 3; // of what is below another line, and the least for wh
 constexpr int sizeWidth = 9;
 constexpr int barWidth = 24;
 constexpr int labelWidth = 8;
-constexpr int narrowestHeading = 12; // with less room than this, what it counts goes below
 constexpr int widestHeading = 100;
 constexpr int unlimitedWhat = 48;     // without a terminal, what is longer pushes its note aside
 constexpr int narrowestForWhat = 24;  // with less room than this, it goes on a line of its own
@@ -123,6 +122,16 @@ std::vector<std::string> linesOf(const Console& console, const Row& row, const C
     return {cutEnd(row.title, columns.what, ellipsis), shortPath(row.path, columns.what, ellipsis)};
 }
 
+// `before` leads the first line; the others begin at `indent`, and so does the first if nothing leads it.
+void printNote(Console& console, std::string before, const std::string& note, int columns, int indent) {
+    const auto lines = columns > 0 ? wrapped(note, columns) : std::vector{note};
+    if (before.empty()) before = blanks(indent);
+    for (const std::string& line : lines) {
+        console.printLine(before + console.paint(Ink::dim, line));
+        before = blanks(indent);
+    }
+}
+
 void printRow(Console& console, const Row& row, const Columns& columns) {
     const int indent = columns.whatBelow ? margin : columns.indent();
     std::string line = blanks(indent);
@@ -139,19 +148,12 @@ void printRow(Console& console, const Row& row, const Columns& columns) {
     line += what.back();
     if (row.note.empty()) return console.printLine(line);
 
-    std::vector<std::string> notes{row.note};
-    if (columns.note > 0) notes = wrapped(row.note, columns.note);
-    int noteIndent = indent;
     if (columns.noteBelow) {
         console.printLine(line);
-    } else {
-        noteIndent += columns.what + gap;
-        line += blanks(columns.what - displayWidth(what.back()) + gap);
-        console.printLine(line + console.paint(Ink::dim, notes.front()));
-        notes.erase(notes.begin());
+        return printNote(console, "", row.note, columns.note, indent);
     }
-    for (const std::string& rest : notes)
-        console.printLine(blanks(noteIndent) + console.paint(Ink::dim, rest));
+    line += blanks(columns.what - displayWidth(what.back()) + gap);
+    printNote(console, line, row.note, columns.note, indent + columns.what + gap);
 }
 
 void print(Console& console, std::span<const Row> rows, bool isWhole) {
@@ -233,10 +235,6 @@ std::string shownMessage(std::string_view message) {
     return printable(line);
 }
 
-std::string shownDate(Date date) {
-    return DateText::local(date, "%Y-%m-%d %H:%M");
-}
-
 std::string riskTag(Risk risk) {
     return padded(label(risk), displayWidth(label(Risk::caution)));
 }
@@ -278,14 +276,12 @@ void printHeading(Console& console, std::string_view title, const std::optional<
     std::string right;
     if (extent)
         right = fmt::format("{}  {:>9}", counted(extent->count, "item"), ByteFormat::string(extent->bytes));
-    const int room = width - displayWidth(right) - gap;
-    if (room < std::min(displayWidth(title), narrowestHeading)) {
-        printParagraph(console, Ink::bold, title, 0);
-        if (extent) printParagraph(console, Ink::plain, extent->text(), margin);
-        return;
+    if (displayWidth(title) + gap + displayWidth(right) <= width) {
+        const std::string counts = extent ? padLeft(right, width - displayWidth(title)) : "";
+        return console.printLine(console.paint(Ink::bold, title) + counts);
     }
-    const std::string shown = cutEnd(title, room, console.glyphs().ellipsis);
-    console.printLine(console.paint(Ink::bold, shown) + padLeft(right, width - displayWidth(shown)));
+    printParagraph(console, Ink::bold, title, 0);
+    if (extent) printParagraph(console, Ink::plain, extent->text(), margin);
 }
 
 void printParagraph(Console& console, Ink ink, std::string_view text, int indent) {

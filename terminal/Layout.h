@@ -48,7 +48,9 @@ std::string shownSpace(const VolumeSpace& space);
 std::string shownMessage(std::string_view message);
 
 // "2026-03-01 09:30" in the machine's time zone.
-std::string shownDate(Date date);
+inline std::string shownDate(Date date) {
+    return DateText::local(date, "%Y-%m-%d %H:%M");
+}
 
 // How a risk is shown in a row: its label, as wide as the widest of them, in green, yellow or red.
 std::string riskTag(Risk risk);
@@ -78,7 +80,7 @@ void printRows(Console& console, std::span<const Row> rows);
 // counted; with it all rows, and nothing shortened.
 void printRows(Console& console, std::span<const Row> rows, bool verbose);
 
-// A bold title, and at the right what is below it.
+// A bold title, and at the right, or below where it does not fit, how much follows.
 void printHeading(Console& console, std::string_view title, const std::optional<Extent>& extent);
 
 // Text broken into lines that fit the terminal, each behind `indent` blanks.

@@ -6,7 +6,7 @@
 
 namespace loftmere {
 
-// The pass of the background agent over the user's rules.
+// The background agent's pass over the user's rules.
 class ScheduledRunner {
 public:
     // The result of a run on one line, such as "Freed 1.2 GB, 3 MB to quarantine, 1 failed". Any thread.

@@ -82,16 +82,16 @@ public:
 
     // --- Cleaning (AppModelClean.cpp)
 
-    // What `clean` would do with the items as the disk stands now. Changes nothing.
+    // What `clean` would do with the items as the disk is now. Changes nothing.
     Task<CleanPreview> preview(std::vector<ScanItem> items, TriggerSource trigger) const;
 
-    // Cleans the items. Those that did not fail leave `results` and `selected`, also when they were refused
-    // or put off; the report is kept and flashed. `isStopped` is asked before each item, on any thread; once
-    // it answers true the items that are left stay as and where they are.
+    // Cleans the items. Items that did not fail leave `results` and `selected`, even if they were refused or
+    // put off. The report is kept and flashed. `isStopped` is asked before each item, on any thread. Once it
+    // answers true, the remaining items are left alone.
     Task<CleanReport> clean(std::vector<ScanItem> items, TriggerSource trigger,
                             std::function<bool()> isStopped = nullptr);
 
-    // Cleans what is ticked of the categories' results.
+    // Cleans the ticked items of the categories' results.
     Task<CleanReport> cleanSelected(std::vector<CleanCategory> categories,
                                     std::function<bool()> isStopped = nullptr);
 

@@ -6,7 +6,7 @@ namespace loftmere {
 
 namespace {
 
-// How long to sleep at most: a clock that is moved by hand tells nobody that it was moved.
+// The longest sleep. A clock that is moved by hand wakes nobody up.
 constexpr std::chrono::milliseconds longestWait{1000};
 
 } // namespace

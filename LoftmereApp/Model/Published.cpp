@@ -13,10 +13,10 @@ Observation Observers::add(std::function<void()> observer) {
     return Observation(std::shared_ptr<void>(static_cast<void*>(nullptr), forget));
 }
 
-void Observers::tell() const {
-    // A copy: an observer may begin and end observations, also those of others, who then are told no more.
-    const List told = *list_;
-    for (const auto& [key, observer] : told) {
+void Observers::notify() const {
+    // A copy, because an observer may begin and end observations, its own and those of others.
+    const List observers = *list_;
+    for (const auto& [key, observer] : observers) {
         if (list_->contains(key)) observer();
     }
 }

@@ -28,7 +28,8 @@ public:
     Observers& operator=(const Observers&) = delete;
 
     [[nodiscard]] Observation add(std::function<void()> observer);
-    void tell() const;
+    // Calls all observers, apart from those whose observation ends meanwhile.
+    void notify() const;
 
     // In a debug build, stops the program when the caller is not on the main thread.
     void checkThread() const;
@@ -41,8 +42,8 @@ private:
     int next_ = 0;
 };
 
-// A field of the model. Every assignment tells the observers, before the new value is visible. Only the main
-// thread may read and write it.
+// A field of the model. Every assignment notifies the observers before the new value is visible. Only the
+// main thread may read and write it.
 template <class T> class Published {
 public:
     // `stored` is called with each new value after the assignment, but not with the first value.
@@ -65,7 +66,7 @@ public:
     // Changes the value in place by `change`, which takes a T&. Counts as one assignment.
     template <class Change> void update(Change change) {
         observers_.checkThread();
-        observers_.tell();
+        observers_.notify();
         change(value_);
         if (stored_) stored_(value_);
     }

@@ -13,8 +13,8 @@ namespace loftmere {
 // A running operation of the model. It starts at once, on the caller's thread, and runs to its end whether or
 // not anyone keeps the task or waits for it with `co_await`. Main thread only.
 //
-// An operation whose model has gone away is abandoned where it stands: the rest of it never runs, nor does
-// the rest of what waits for it; the locals of both are destroyed.
+// An operation whose model has gone away is abandoned: the rest of it never runs, and neither does the rest
+// of what waits for it. The locals of both are destroyed.
 template <class T = void> class Task {
     using Value = std::conditional_t<std::is_void_v<T>, std::monostate, T>;
 

@@ -43,29 +43,17 @@ private:
     std::deque<std::function<void()>> events_;
 };
 
-// A front end that knows the model and nothing of the core but records: a list of findings with ticks.
-class ListScreen {
-public:
-    explicit ListScreen(const Paths& home) : model(loop, home) {
-        redraw_ = model.results.observe([this] { isStale_ = true; });
-    }
-    std::vector<std::string> rows() {
-        std::vector<std::string> rows;
-        if (!std::exchange(isStale_, false)) return rows;
-        for (const ScanItem& item : model.items({CleanCategory::logs, CleanCategory::oldDownloads}))
-            rows.push_back((model.selected->contains(item.id) ? "[x] " : "[ ] ") + item.title);
-        return rows;
-    }
-
-    const std::shared_ptr<EventLoop> loop = std::make_shared<EventLoop>();
-    AppModel model;
-
-private:
-    bool isStale_ = false;
-    Observation redraw_;
-};
-
 using Lines = std::vector<std::string>;
+
+constexpr auto wanted = {CleanCategory::logs, CleanCategory::oldDownloads};
+
+// What its screen lists.
+Lines rowsOf(const AppModel& model) {
+    Lines rows;
+    for (const ScanItem& item : model.items(wanted))
+        rows.push_back((model.selected->contains(item.id) ? "[x] " : "[ ] ") + item.title);
+    return rows;
+}
 
 } // namespace
 
@@ -75,35 +63,34 @@ TEST(FrontEndThreaded, ASecondOneScansCleansAndUndoesThroughTheModelAlone) {
     home.setAgeDays("Library/Logs/old.log", 30);
     const std::string download = home.file("Downloads/manual.pdf", "x");
     home.setAgeDays("Downloads/manual.pdf", 400);
-    ListScreen screen(home.paths());
-    AppModel& model = screen.model;
-    EXPECT_TRUE(model.settingsState());
+    const auto loop = std::make_shared<EventLoop>();
+    AppModel model(loop, home.paths());
+    int redraws = 0;
+    const Observation redraw = model.results.observe([&] { ++redraws; });
+    EXPECT_TRUE(model.settingsState() && model.logState());
 
-    screen.loop->run(model.scan(categoriesOf(SidebarItem::systemJunk), true));
-    screen.loop->run(model.scan(categoriesOf(SidebarItem::personal), false));
-    EXPECT_EQ(screen.rows(), (Lines{"[x] old.log", "[ ] manual.pdf"}));
-    EXPECT_EQ(screen.rows(), Lines{}); // nothing has changed
+    loop->run(model.scan(categoriesOf(SidebarItem::systemJunk), true));
+    loop->run(model.scan(categoriesOf(SidebarItem::personal), false));
+    EXPECT_EQ(rowsOf(model), (Lines{"[x] old.log", "[ ] manual.pdf"}));
+    EXPECT_GT(redraws, 0);
 
     model.selected.update([&](auto& ticked) { ticked.insert(download); });
-    const auto& items = model.items({CleanCategory::logs, CleanCategory::oldDownloads});
-    const CleanPreview preview = screen.loop->run(model.preview(items, ManualTrigger{}));
-    EXPECT_EQ(preview.report.failures.size(), 0U);
-    const CleanReport report =
-        screen.loop->run(model.cleanSelected({CleanCategory::logs, CleanCategory::oldDownloads}));
+    const CleanPreview preview = loop->run(model.preview(model.items(wanted), ManualTrigger{}));
+    EXPECT_TRUE(preview.report.failures.empty());
+    const CleanReport report = loop->run(model.cleanSelected(wanted));
     EXPECT_EQ(report.itemsProcessed, 2);
     EXPECT_EQ(*model.toast, AppModel::summary(report, false));
-    EXPECT_EQ(screen.rows(), Lines{});
-    EXPECT_TRUE(model.items({CleanCategory::logs, CleanCategory::oldDownloads}).empty());
+    EXPECT_EQ(rowsOf(model), Lines{});
 
     ASSERT_EQ(model.sessions->size(), 1U);
-    EXPECT_TRUE(model.restore(model.sessions->front(), std::nullopt));
+    EXPECT_EQ(model.restore(model.sessions->front(), std::nullopt).value().count, 1U);
     EXPECT_TRUE(model.sessions->empty() && model.unreadableSessions->empty());
     Lines actions;
-    for (const AuditEntry& entry : screen.loop->run(model.history(2))) actions.push_back(entry.action);
+    for (const AuditEntry& entry : loop->run(model.history(2))) actions.push_back(entry.action);
     EXPECT_EQ(actions, (Lines{"restore", "quarantine"}));
-    const auto verdicts = screen.loop->run(model.check({download, "~/.ssh"}));
+    const auto verdicts = loop->run(model.check({download, "~/.ssh"}));
     EXPECT_EQ(verdicts.at(0), PathVerdict{PathVerdict::Kind::allowed});
     EXPECT_EQ(verdicts.at(1).kind, PathVerdict::Kind::blocked);
-    screen.loop->run(model.scan({CleanCategory::oldDownloads}, false));
-    EXPECT_EQ(screen.rows(), Lines{"[ ] manual.pdf"});
+    loop->run(model.scan({CleanCategory::oldDownloads}, false));
+    EXPECT_EQ(rowsOf(model), Lines{"[ ] manual.pdf"});
 }
