@@ -13,8 +13,8 @@ namespace loftmere {
 // Deletes the item, a folder with all it holds, links as links. Folders of ours without the right to write,
 // such as a read-only module cache, are made writable first. A volume mounted inside is left alone and told
 // as a failure. On failure all that could be deleted is gone, the rest stands, and the first failure is told;
-// an item whose own folder may not be changed is left whole. Takes a second thread for large trees; memory
-// and descriptors stay bounded however wide or deep the tree is.
+// an item whose own folder may not be changed is left whole. A helper joins in for a large tree. Memory and
+// descriptors stay bounded however wide or deep the tree is.
 Status removeItem(const Place& place);
 
 // Moves the item in one step; both places must be on one volume (EXDEV). Fails with EEXIST when something

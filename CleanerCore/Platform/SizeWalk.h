@@ -13,10 +13,9 @@ namespace loftmere {
 // `cancel` is asked at every 2000th entry, before that entry is added, on any thread but never on two at
 // once; once it answers true it is asked no more and the total so far is the answer. It must not throw.
 //
-// Any thread. The calling thread works; where there is much to look into, helper threads join it, of which
-// all walks of the process share a fixed number. Open descriptors stay bounded however wide or deep the tree
-// is; of memory a wide folder takes a fixed amount, but deep down each folder on the way holds the names of
-// its subfolders.
+// Any thread. The calling thread works; where there is much to look into, helpers join it. Open descriptors
+// stay bounded however wide or deep the tree is. A wide folder takes a fixed amount of memory; deep down,
+// each folder on the way holds the names of its subfolders.
 int64_t allocatedBelow(const std::string& folder, const std::function<bool()>& cancel = nullptr);
 
 } // namespace loftmere

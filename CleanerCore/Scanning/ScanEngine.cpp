@@ -1,7 +1,7 @@
 #include "CleanerCore/Scanning/ScanEngine.h"
 
 #include "CleanerCore/Safety/SafetyPolicy.h"
-#include "CleanerCore/Support/Concurrent.h"
+#include "CleanerCore/Support/Crew.h"
 #include "CleanerCore/Support/TextOrder.h"
 
 #include <fmt/format.h>

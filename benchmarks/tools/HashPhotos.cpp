@@ -3,7 +3,7 @@
 #include "CleanerCore/Files/FS.h"
 #include "CleanerCore/Platform/FileStatus.h"
 #include "CleanerCore/Scanning/Photos/Likeness.h"
-#include "CleanerCore/Support/Concurrent.h"
+#include "CleanerCore/Support/Crew.h"
 
 #include <fmt/format.h>
 

@@ -5,7 +5,7 @@
 // Their sizes run from 1 to 12 megapixels. A scene is noise in octaves, coarse to fine with falling strength,
 // as light and surfaces are in nature, with the noise of a sensor on top. Every tenth file is progressive.
 // The same arguments give the same files.
-#include "CleanerCore/Support/Concurrent.h"
+#include "CleanerCore/Support/Crew.h"
 
 #include <fmt/format.h>
 #include <jpeglib.h>

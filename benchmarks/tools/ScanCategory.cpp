@@ -5,7 +5,7 @@
 
 int main(int count, char** arguments) {
     if (count != 3) return 2;
-    const auto category = loftmere::caseNamed<loftmere::CleanCategory>(arguments[2]);
+    const auto category = loftmere::caseNamed<loftmere::CleanCategory>(std::string_view(arguments[2]));
     if (!category) return 2;
     const loftmere::ScanEngine engine(loftmere::Paths(arguments[1]), {});
     for (const auto& result : engine.scan({*category})) {

@@ -1,5 +1,5 @@
 #include "CleanerCore/Process/Shell.h"
-#include "CleanerCore/Support/Concurrent.h"
+#include "CleanerCore/Support/Crew.h"
 #include "tests/Support/TemporaryHome.h"
 #include "tests/Support/Waiting.h"
 

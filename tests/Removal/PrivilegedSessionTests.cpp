@@ -1,7 +1,7 @@
 #include "CleanerCore/Process/Shell.h"
 #include "CleanerCore/Removal/Administrator/AdminRunner.h"
 #include "CleanerCore/Removal/Administrator/PrivilegedSession.h"
-#include "CleanerCore/Support/Concurrent.h"
+#include "CleanerCore/Support/Crew.h"
 #include "CleanerCore/Support/PathText.h"
 #include "tests/Support/OrdinaryUser.h"
 #include "tests/Support/ScriptedTools.h"

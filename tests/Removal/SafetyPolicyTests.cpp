@@ -1,6 +1,6 @@
 #include "CleanerCore/Safety/ProtectedLocations.h"
 #include "CleanerCore/Safety/SafetyPolicy.h"
-#include "CleanerCore/Support/Concurrent.h"
+#include "CleanerCore/Support/Crew.h"
 #include "CleanerCore/Support/PathText.h"
 #include "tests/Support/TemporaryHome.h"
 

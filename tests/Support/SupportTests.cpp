@@ -1,12 +1,12 @@
 #include "CleanerCore/Platform/User.h"
-#include "CleanerCore/Support/Abandonable.h"
 #include "CleanerCore/Support/ByteCount.h"
-#include "CleanerCore/Support/Concurrent.h"
+#include "CleanerCore/Support/Crew.h"
 #include "CleanerCore/Support/Crypto.h"
 #include "CleanerCore/Support/Date.h"
 #include "CleanerCore/Support/PathText.h"
 #include "CleanerCore/Support/Text.h"
 #include "CleanerCore/Support/TextOrder.h"
+#include "tests/Support/Waiting.h"
 
 #include <gtest/gtest.h>
 
@@ -154,4 +154,24 @@ TEST(ConcurrentThreaded, RunsEachIterationOnce) {
     std::vector<std::atomic<int>> counts(1000);
     concurrentPerform(counts.size(), 4, [&](size_t i) { ++counts[i]; });
     for (const auto& count : counts) EXPECT_EQ(count, 1);
+}
+
+TEST(ConcurrentThreaded, GoesOnWithoutHelpers) {
+    std::atomic<bool> mayEnd = false;
+    Crew crew([&] { mayEnd.wait(false); });
+    ASSERT_TRUE(test::comesTrue([&] { // a helper of the test before may still be ending
+        while (crew.call()) {
+        }
+        return crew.size() == Crew::limit;
+    }));
+    int sum = 0; // no atomic, since no other thread comes
+    concurrentPerform(100, 4, [&](size_t i) { sum += static_cast<int>(i); });
+    EXPECT_EQ(sum, 4950);
+    EXPECT_EQ(unlessCancelled<int>(nullptr, [&](const auto&) { return std::optional(++sum); }), 4951);
+    mayEnd = true;
+    mayEnd.notify_all();
+    crew.wait();
+    Crew next([] {});
+    EXPECT_FALSE(next.call(Crew::limit)) << "left to others";
+    EXPECT_TRUE(next.call(Crew::limit - 1));
 }

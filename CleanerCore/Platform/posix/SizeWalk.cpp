@@ -3,6 +3,7 @@
 #include "CleanerCore/Platform/posix/EntryReader.h"
 #include "CleanerCore/Platform/posix/NoAccessDate.h"
 #include "CleanerCore/Platform/posix/PendingFolders.h"
+#include "CleanerCore/Support/Crew.h"
 #include "CleanerCore/Support/PathText.h"
 
 #include <fcntl.h>
@@ -11,10 +12,7 @@
 #include <condition_variable>
 #include <limits>
 #include <mutex>
-#include <system_error>
-#include <thread>
 #include <utility>
-#include <vector>
 
 namespace loftmere {
 
@@ -27,19 +25,12 @@ constexpr int64_t entriesPerQuestion = 2000;
 constexpr int64_t never = std::numeric_limits<int64_t>::max();
 
 // A cold disk answers faster when it is asked many things at once, whatever the number of processor cores,
-// and threads that wait for it cost next to nothing; the limit is for all walks of the process together.
-constexpr int helperLimit = 24;
+// and threads that wait for it cost next to nothing. More than two dozen at a time gain nothing when the disk
+// is warm, and others need helpers too.
+constexpr int helpersForOthers = Crew::limit - 24;
 
 // A helper pays for its start when this many folders wait for each one that works.
 constexpr size_t amountPerWorker = 24;
-
-std::atomic<int> helpersAtWork = 0;
-
-bool claimHelper() {
-    if (helpersAtWork.fetch_add(1) < helperLimit) return true;
-    --helpersAtWork;
-    return false;
-}
 
 class SizeWalk {
 public:
@@ -68,7 +59,7 @@ private:
     std::mutex mutex_; // guards all up to the blank line
     std::condition_variable changed_;
     PendingFolders pending_;
-    std::vector<std::thread> helpers_;
+    Crew helpers_{[this] { work(); }};
     int busy_ = 0;
     int idle_ = 0;
     int64_t total_ = 0;
@@ -84,8 +75,7 @@ int64_t SizeWalk::run() {
     work();
     // Whoever is out of work has seen nothing pending and nobody busy, or the stop: no helper is called after
     // that.
-    for (std::thread& helper : helpers_) helper.join();
-    helpersAtWork -= static_cast<int>(helpers_.size()); // only now: a thread that is ending is still one
+    helpers_.wait();
     return total_;
 }
 
@@ -133,12 +123,7 @@ void SizeWalk::callHelper() {
         return;
     }
     const bool isWorthwhile = pending_.amount() >= amountPerWorker * (helpers_.size() + 1);
-    if (isStopped() || !isWorthwhile || !claimHelper()) return;
-    try {
-        helpers_.emplace_back([this] { work(); });
-    } catch (const std::system_error&) {
-        --helpersAtWork; // no thread can be had: those there are do the work
-    }
+    if (isWorthwhile && !isStopped()) helpers_.call(helpersForOthers);
 }
 
 // Reads the folder that the task leads to, adds up its files and gathers its subfolders. The answer is the

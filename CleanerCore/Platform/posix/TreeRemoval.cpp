@@ -4,8 +4,6 @@
 #include "CleanerCore/Platform/posix/VolumeLimits.h"
 #include "CleanerCore/Support/PathText.h"
 
-#include <system_error>
-
 namespace loftmere {
 
 namespace {
@@ -36,7 +34,7 @@ Status TreeRemoval::run() {
     if (Folder root = enter(nullptr, place_.name())) {
         workFrom(std::move(root));
         helpUntilDone();
-        if (second_.joinable()) second_.join();
+        second_.wait();
     }
     if (isGone_) return {}; // what failed at first went at a later pass
     return failed(std::move(*firstFailure_));
@@ -211,12 +209,7 @@ void TreeRemoval::maybeGive(DoomedFolder& folder, const DoomedFolder& top) {
 bool TreeRemoval::startSecondThread() {
     if (removed_.load(std::memory_order_relaxed) < entriesBeforeSharing) return false;
     triedSecond_ = true;
-    try {
-        second_ = std::thread([this] { helpUntilDone(); });
-    } catch (const std::system_error&) {
-        return false; // no further thread can be had; this one does it all
-    }
-    return true;
+    return second_.call();
 }
 
 void TreeRemoval::helpUntilDone() {

@@ -2,6 +2,7 @@
 
 #include "CleanerCore/Platform/Place.h"
 #include "CleanerCore/Platform/posix/DoomedFolder.h"
+#include "CleanerCore/Support/Crew.h"
 #include "CleanerCore/Support/Result.h"
 
 #include <atomic>
@@ -10,7 +11,6 @@
 #include <mutex>
 #include <optional>
 #include <string>
-#include <thread>
 
 namespace loftmere {
 
@@ -63,8 +63,8 @@ private:
     std::optional<Failure> firstFailure_;
     std::atomic<bool> isHungry_ = false; // a thread waits for a gift; written under the lock
 
-    std::thread second_;
     bool triedSecond_ = false;
+    Crew second_{[this] { helpUntilDone(); }};
 };
 
 } // namespace loftmere

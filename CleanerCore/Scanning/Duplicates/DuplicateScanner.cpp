@@ -5,7 +5,7 @@
 #include "CleanerCore/Platform/Directory.h"
 #include "CleanerCore/Safety/SafetyPolicy.h"
 #include "CleanerCore/Scanning/ScannerRegistry.h"
-#include "CleanerCore/Support/Concurrent.h"
+#include "CleanerCore/Support/Crew.h"
 #include "CleanerCore/Support/PathText.h"
 #include "CleanerCore/Support/Text.h"
 

@@ -2,7 +2,7 @@
 #include "CleanerCore/Platform/Place.h"
 #include "CleanerCore/Scanning/Photos/Likeness.h"
 #include "CleanerCore/Scanning/ScannerRegistry.h"
-#include "CleanerCore/Support/Concurrent.h"
+#include "CleanerCore/Support/Crew.h"
 #include "CleanerCore/Support/PathText.h"
 #include "CleanerCore/Support/Text.h"
 

@@ -1,6 +1,6 @@
 #include "CleanerCore/Scanning/Photos/Thumbnail.h"
 #include "CleanerCore/Scanning/Photos/VipsLibrary.h"
-#include "CleanerCore/Support/Abandonable.h"
+#include "CleanerCore/Support/Crew.h"
 
 #include <algorithm>
 #include <array>

@@ -7,7 +7,6 @@
 #include <exception>
 #include <iterator>
 #include <limits>
-#include <system_error>
 #include <utility>
 
 namespace loftmere {
@@ -44,7 +43,7 @@ ListingAhead::~ListingAhead() {
         isOver_ = true;
     }
     changed_.notify_all();
-    for (std::thread& helper : helpers_) helper.join();
+    helpers_.wait();
 }
 
 std::optional<ListingAhead::Folder> ListingAhead::next() {
@@ -125,11 +124,8 @@ void ListingAhead::insert(Branches::iterator above, Turns::iterator turn, std::v
 
 void ListingAhead::callHelpers() {
     changed_.notify_all(); // there may be room again for what is listed ahead
-    if (!helpers_.empty() || turns_.size() < branchesWorthHelp) return;
-    try {
-        while (helpers_.size() < helperCount) helpers_.emplace_back([this] { help(); });
-    } catch (const std::system_error&) {
-        // No further thread can be had; the walk lists what nobody else does.
+    if (turns_.size() < branchesWorthHelp) return;
+    while (helpers_.size() < helperCount && helpers_.call()) {
     }
 }
 

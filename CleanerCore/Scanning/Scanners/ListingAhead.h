@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CleanerCore/Platform/Directory.h"
+#include "CleanerCore/Support/Crew.h"
 
 #include <condition_variable>
 #include <functional>
@@ -8,7 +9,6 @@
 #include <mutex>
 #include <optional>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace loftmere {
@@ -68,7 +68,7 @@ private:
     Turns turns_;       // those of them that are not listed yet, in the same order
     size_t entriesAhead_ = 0;
     bool isOver_ = false;
-    std::vector<std::thread> helpers_;
+    Crew helpers_{[this] { help(); }};
 };
 
 } // namespace loftmere
