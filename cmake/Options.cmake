@@ -1,7 +1,7 @@
 # How everything is compiled. The options a person may set stand first.
 option(LOFTMERE_TESTS "Build the tests" OFF)
 option(LOFTMERE_BENCHMARKS "Build the benchmarks" OFF)
-option(LOFTMERE_FUZZERS "Build the fuzzers; best with LOFTMERE_SANITIZER=address,undefined" OFF)
+option(LOFTMERE_FUZZERS "Build the fuzzers; needs LOFTMERE_SANITIZER=address,undefined" OFF)
 option(LOFTMERE_WERROR "Treat warnings as errors" OFF)
 set(LOFTMERE_SANITIZER "" CACHE STRING "Value for -fsanitize, such as address,undefined or thread")
 
@@ -30,9 +30,6 @@ add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-con
                     -Werror=missing-field-initializers)
 if(LOFTMERE_WERROR)
     add_compile_options(-Werror)
-endif()
-if(LOFTMERE_FUZZERS)
-    add_compile_options(-fsanitize=fuzzer-no-link)
 endif()
 if(LOFTMERE_SANITIZER)
     # Line tables are enough for the sanitizers' stacks and halve what is written and linked.

@@ -1,6 +1,7 @@
 #include "CleanerCore/Platform/Volume.h"
 
 #include "CleanerCore/Platform/FileStatus.h"
+#include "CleanerCore/Platform/linux/MountInfo.h"
 
 #include <fmt/format.h>
 #include <sys/statvfs.h>
@@ -83,9 +84,15 @@ VolumeKind volumeKind(const std::string& path) {
 }
 
 std::vector<std::string> mountPoints() {
+    std::ostringstream text;
+    text << std::ifstream("/proc/self/mountinfo").rdbuf();
+    return mountPointsIn(text.str());
+}
+
+std::vector<std::string> mountPointsIn(const std::string& mountInfo) {
     std::vector<std::string> points;
-    std::ifstream file("/proc/self/mountinfo");
-    for (std::string line; std::getline(file, line);) {
+    std::istringstream lines(mountInfo);
+    for (std::string line; std::getline(lines, line);) {
         std::istringstream fields(line);
         std::string id, parent, device, root, point;
         if (fields >> id >> parent >> device >> root >> point) points.push_back(unescaped(point));
