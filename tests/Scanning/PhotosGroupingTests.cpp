@@ -53,21 +53,6 @@ TEST(PhotosGrouping, GivesTheGroupsOfThePairwiseRule) {
     }
 }
 
-// Wherever six differing bits stand, the pair is found, and with seven it is not.
-TEST(PhotosGrouping, FindsPairsWhereverTheyDiffer) {
-    std::mt19937_64 random(7);
-    std::vector<uint64_t> hashes;
-    for (int pair = 0; pair < 3000; ++pair) {
-        const uint64_t hash = random();
-        uint64_t other = hash;
-        while (std::popcount(hash ^ other) < 6 + pair % 2) other ^= uint64_t{1} << (random() % 64);
-        hashes.insert(hashes.end(), {hash, other});
-    }
-    const Groups groups = LikenessGroups::of(hashes);
-    EXPECT_EQ(groups.size(), 1500U);
-    EXPECT_EQ(groups, naiveGroups(hashes));
-}
-
 // One piece of each hash is the same, so that every one must be compared with every other.
 TEST(PhotosGrouping, CancelledInTheMiddleGivesNothing) {
     std::mt19937_64 random(9);

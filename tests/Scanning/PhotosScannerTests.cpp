@@ -68,8 +68,10 @@ TEST(PhotosScanner, LooksOnlyWhereAUserSeesPictures) {
     }
     home.link("Pictures/j.jpg", home.at("Music/f.jpg"));
     EXPECT_EQ(proposed(home), Names{});
-    home.file("Pictures/plain.folder/k.JPG", photoContent("half.jpg"));
-    EXPECT_EQ(proposed(home), Names{"k.JPG"});
+    const Names images{"k.JPG", "k.heic", "k.heif", "k.jpeg", "k.png", "k.tif", "k.tiff", "k.webp"};
+    for (const std::string& name : images)
+        home.file("Pictures/plain.folder/" + name, photoContent("half.jpg"));
+    EXPECT_EQ(proposed(home), images);
 }
 
 // One file is no copy of itself, however many ways lead to it; two names of one file are two names.

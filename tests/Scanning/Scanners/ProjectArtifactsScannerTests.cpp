@@ -32,33 +32,34 @@ std::vector<std::string> found(const test::TemporaryHome& home, AppConfig config
 
 TEST(ProjectArtifacts, AMarkerProvesTheProject) {
     const test::TemporaryHome home;
-    project(home, "node", "package.json", "node_modules");
-    project(home, "rust", "Cargo.toml", "target");
-    project(home, "small", "Cargo.toml", "target", enough - 4096);
+    const std::string folders = "node_modules|.next|.nuxt|.turbo|.parcel-cache|.svelte-kit|target|.build|"
+                                "Pods|.gradle|.venv|venv|.tox";
+    test::makeFiles(home, "Projects/all/{}",
+                    "package.json|Cargo.toml|Package.swift|Podfile|settings.gradle|tox.ini|"
+                    ".venv/pyvenv.cfg|venv/pyvenv.cfg");
+    test::makeFiles(home, "Projects/all/{}/data", folders, enough);
+    test::makeFiles(home, "Projects/none/{}/data", "main.c|" + folders, enough);
     project(home, "kotlin", "settings.gradle.kts", ".gradle");
-    project(home, "python", "venv/pyvenv.cfg", "venv");
-    home.file("Projects/python/main.py", "x");
+    project(home, "small", "Cargo.toml", "target", enough - 4096);
     project(home, "undated", "venv/pyvenv.cfg", "venv"); // holds nothing but the artifact
-    project(home, "bare", "", "node_modules");
-    project(home, "bare/node_modules/below", "package.json", "node_modules");
-    project(home, "folder", "", "venv");
+    project(home, "none/node_modules/below", "package.json", "node_modules");
     project(home, "beside", "pyvenv.cfg", ".venv");
-    project(home, "go/vendor/inner", "package.json", "node_modules");
-    project(home, "My.app/inner", "package.json", "node_modules");
-    project(home, "My.APP/entered", "package.json", "node_modules");
-    project(home, "fresh", "package.json", "node_modules");
-    home.file("Projects/linked/package.json", "{}");
-    home.link("Projects/linked/node_modules", home.at("Projects/node/node_modules"));
-    test::ageEverything(home, 100.5);
-    test::age(home, "Projects/fresh/node_modules", 0.01);
-    const auto items = test::scan(CleanCategory::projectArtifacts, test::scanContext(home));
-    EXPECT_THAT(test::titlesOf(items), ElementsAre("entered/node_modules", "kotlin/.gradle",
-                                                   "node/node_modules", "python/venv", "rust/target"));
-    for (const ScanItem& item : items) {
-        if (item.title != "rust/target") continue;
-        EXPECT_EQ(item.reason, "rust untouched for 100 days. Restore with: cargo build");
-        EXPECT_EQ(item.size, enough);
+    for (const char* closed : {".git", "Library", ".Trash", "Applications", "Pictures", "Music", "Movies",
+                               ".cache", ".npm", ".cargo", ".rustup", "vendor", "My.app"}) {
+        project(home, std::string(closed) + "/inner", "package.json", "node_modules");
     }
+    project(home, "My.APP/entered", "package.json", "node_modules");
+    home.file("Projects/linked/package.json", "{}");
+    home.link("Projects/linked/node_modules", home.at("Projects/all/node_modules"));
+    test::ageEverything(home, 100.5);
+    EXPECT_THAT(found(home), ElementsAre("all/.build", "all/.gradle", "all/.next", "all/.nuxt",
+                                         "all/.parcel-cache", "all/.svelte-kit", "all/.tox", "all/.turbo",
+                                         "all/.venv", "all/Pods", "all/node_modules", "all/target",
+                                         "all/venv", "entered/node_modules", "kotlin/.gradle"));
+    const auto lines = test::linesOf(test::scan(CleanCategory::projectArtifacts, test::scanContext(home)));
+    EXPECT_THAT(lines, testing::Contains(
+                           "all/target | safe | all untouched for 100 days. Restore with: cargo build"));
+    EXPECT_EQ(lines.size(), 12U); // three folders are restored in one way, two in another
 }
 
 TEST(ProjectArtifacts, ActivityIsTheProjectsOwnWork) {
@@ -91,7 +92,11 @@ TEST(ProjectArtifacts, DepthAndRoots) {
                 ElementsAre("7/node_modules", "8/node_modules"));
     const AppConfig config{.developerRoots = {"~/other", "~/Code", home.at("other") + "/"}};
     EXPECT_THAT(ProjectArtifacts::roots(test::scanContext(home, config)), ElementsAre(home.at("other")));
-    EXPECT_THAT(ProjectArtifacts::roots(test::scanContext(home, {})), ElementsAre(home.at("Projects")));
+    test::makeFiles(
+        home, "{}/x",
+        "Developer|projects|code|src|dev|Dev|repos|Repos|git|GitHub|github|Sites|workspace|Workspace|"
+        "Documents/GitHub|Documents/Projects|Documents/Code|Documents/Developer|Desktop");
+    EXPECT_EQ(ProjectArtifacts::roots(test::scanContext(home, {})).size(), 20U); // all but the link
 }
 
 TEST(ProjectArtifacts, ActivityLooksAtTwoHundredEntriesOfAFolder) {

@@ -79,3 +79,44 @@ vips tiffsave deep.v "$out/deep-tiled.tif" --compression deflate --tile --tile-w
 vips colourspace small.v smallinks.v cmyk
 vips tiffsave smallinks.v "$out/cmyk.tif" --compression lzw --strip
 vips gifsave small.v "$out/photo.gif"
+
+# Files that claim more than they hold: the sides of a picture, or the length of its colour profile.
+python3 - "$out" <<'PYTHON'
+import struct, sys, zlib
+
+def load(name):
+    return open(f"{sys.argv[1]}/{name}", "rb").read()
+
+def store(name, content):
+    open(f"{sys.argv[1]}/{name}", "wb").write(content)
+
+def png(name, side):
+    data = bytearray(load(name))
+    data[16:24] = struct.pack(">II", side, side)
+    data[29:33] = struct.pack(">I", zlib.crc32(data[12:29]))
+    return data
+
+def jpeg(name, marker):
+    data = bytearray(load(name))
+    frame = data.index(marker)
+    data[frame + 5:frame + 9] = struct.pack(">HH", 65500, 65500)
+    return data, frame
+
+# A grey picture of 16 by 16 pixels.
+def tiff(length):
+    tags = [(256, 4, 1, 16), (257, 4, 1, 16), (258, 4, 1, 8), (259, 4, 1, 1), (262, 4, 1, 1), (273, 4, 1, 150),
+            (277, 4, 1, 1), (278, 4, 1, 16), (279, 4, 1, 256), (34675, 7, length, 150)]
+    start = b"MM\0*" + struct.pack(">IH", 8, len(tags)) + b"".join(struct.pack(">HHII", *tag) for tag in tags)
+    return start + bytes(610 - len(start))
+
+store("vast.png", png("color.png", 60000))
+store("vast-interlaced.png", png("interlaced.png", 9000))
+baseline, frame = jpeg("photo.jpg", b"\xff\xc0")
+store("vast.jpg", baseline)
+baseline[frame + 1] = 0xC9
+store("vast-arithmetic.jpg", baseline)
+store("vast-progressive.jpg", jpeg("progressive.jpg", b"\xff\xc2")[0])
+store("vast-cmyk.jpg", jpeg("cmyk-progressive.jpg", b"\xff\xc2")[0])
+for name, length in (("small", 8), ("large", 700_000_000), ("vast", 1_800_000_000)):
+    store(f"{name}-profile.tif", tiff(length))
+PYTHON
