@@ -44,12 +44,6 @@ TEST(Reconciliation, OwnersByRankAndOrder) {
                 ElementsAre("userCaches:", "logs: /nowhere/u/a"));
     EXPECT_THAT(outcome({{docker, {item(a), item(a)}}, {appBundle, {}, "No way"}}),
                 ElementsAre("docker: /nowhere/u/a /nowhere/u/a", "appBundle: !No way"));
-    // Each rank beats the one below it, in whichever order.
-    const std::vector<CleanCategory> rising{mailDownloads, largeOldFiles, xcode, cloudLocalCopies,
-                                            securityThreats};
-    for (size_t i = 0; i + 1 < rising.size(); ++i) {
-        EXPECT_EQ(outcome({{rising[i], {item(a)}}, {rising[i + 1], {item(a)}}}).front().back(), ':') << i;
-    }
 }
 
 TEST(Reconciliation, FoldersHideWhatLiesBelow) {

@@ -1,4 +1,4 @@
-#include "CleanerCore/Support/Text.h"
+#include "CleanerCore/Platform/FileStatus.h"
 #include "tests/Support/Mounted.h"
 #include "tests/Support/ScannerFixtures.h"
 
@@ -11,7 +11,6 @@
 #include <atomic>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <set>
 #include <thread>
 #include <utility>
@@ -170,14 +169,9 @@ TEST(LargeOldFiles, StaysOnTheHomeVolumeIfThatIsInternal) {
     test::ageEverything(outside, 400);
     EXPECT_THAT(test::found(largeOldFiles, context), ElementsAre("below", "top"));
 
-    std::ifstream mounts("/proc/self/mountinfo");
-    std::string device;
-    for (std::string line; std::getline(mounts, line);) {
-        const auto fields = splitOmittingEmpty(line, ' ');
-        if (fields.size() > 4 && fields[4] == disk.path) device = fields[2];
-    }
+    const uint64_t device = linkStatus(disk.path)->device;
     const test::Mounted removable("--bind " + outside.file("removable", "1"),
-                                  "/sys/dev/block/" + device + "/removable");
+                                  fmt::format("/sys/dev/block/{}:{}/removable", device >> 8, device & 0xFF));
     if (removable.done) EXPECT_THAT(test::found(largeOldFiles, context), ElementsAre("top"));
 }
 
