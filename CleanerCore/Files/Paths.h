@@ -33,8 +33,9 @@ public:
     std::string agentLogFile() const { return lib("Logs/Ostrel Loftmere/agent.log"); }
     std::string launchAgentPlist() const { return lib("LaunchAgents/com.ostrel.loftmere.agent.plist"); }
 
-    // Makes `quarantineDir` and the folder of `agentLogFile`, after migrateLegacySupportDir(). Fails when a
-    // folder cannot be made.
+    // Makes `quarantineDir` and the folder of `agentLogFile`, after carrying over what a former installation
+    // left. All of it is for the user alone, also what is there already; only the lock file may be read by
+    // others. Fails when a folder cannot be made.
     Status ensureSupportDirs() const;
 
     // Moves a former installation's support folder to `supportDir` in one rename. If `supportDir` exists, the

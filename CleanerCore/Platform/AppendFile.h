@@ -13,7 +13,7 @@ class AppendFile {
 public:
     enum class FinalLink { refuse, follow };
 
-    // Makes the file when it is missing, with its parent folders. Fails for what is no regular file.
+    // Makes the file when it is missing, for the user alone, with its parent folders. Fails for what is no regular file.
     static Result<AppendFile> open(const std::string& path, FinalLink link);
 
     // Adds whole lines at the end in one write. A line that a crash has left torn is ended first, so that it

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "CleanerCore/Platform/Place.h"
 #include "CleanerCore/Support/Result.h"
 
 #include <cstdint>
@@ -13,13 +14,17 @@ namespace loftmere {
 // it. Any thread.
 Result<std::string> readFile(const std::string& path, int64_t limit = int64_t{1} << 31);
 
-// Replaces a file whole: a reader sees the old content or the new, also after a loss of power. The file's
-// permission bits are kept, a new one gets `mode`. On failure the old file stands as it was and nothing is
-// left behind. Any thread.
-Status replaceFile(const std::string& path, std::string_view content, uint32_t mode = 0644);
+// Replaces a file whole: a reader sees the old content or the new, also after a loss of power. A new file
+// gets `mode`; one that is there keeps the permission bits that `mode` has too. On failure the old file is as
+// it was and nothing is left behind. Any thread.
+Status replaceFile(const std::string& path, std::string_view content, uint32_t mode = 0600);
 
-// Creates a folder with all its missing parents. Success when it is there already.
-Status createDirectories(const std::string& path, uint32_t mode = 0755);
+// Creates a folder, for the user alone unless `mode` says otherwise, with all its missing parents, which
+// others may enter. Success when it is there already; its mode stays then.
+Status createDirectories(const std::string& path, uint32_t mode = 0700);
+
+// Takes all rights from the group and from others, as far as the item is the user's. A link is left alone.
+void makePrivate(const Place& place);
 
 // Moves an item within one volume in a single step. Fails with EEXIST when something stands at `to`: nothing
 // is ever overwritten.

@@ -22,7 +22,7 @@ class Place;
 class OpenFolder {
 public:
     // What to do about a folder that does not exist.
-    enum class Missing { fail, create };
+    enum class Missing { fail, create, createPrivate };
 
     // Fails when the folder cannot be opened or when its real path cannot be found. The path may be longer
     // than the system takes in one call.
@@ -47,7 +47,8 @@ public:
     // What has, or would get, this name here. `name` must be a single component.
     Place entry(const std::string& name) const;
 
-    // The folder with this name; a link to one is refused. A new one gets the mode 0755.
+    // The folder with this name; a link to one is refused. A new one gets the mode 0755, or 0700
+    // when it is private.
     Result<OpenFolder> subfolder(const std::string& name, Missing missing = Missing::fail) const;
 
     // As `readDirectory`.

@@ -308,6 +308,28 @@ TEST_F(QuarantineTest, PurgesWhatCannotBeRead) {
     EXPECT_EQ(test::filesBelow(outside.path()), "0-a=kept\n");
 }
 
+TEST_F(QuarantineTest, ShowsNothingToOtherUsers) {
+    const mode_t former = ::umask(0);
+    home.file(inRoot(id('0') + "/manifest.json"), "{"); // as an earlier version left it
+    home.file(inRoot(id('0') + "/items/0-a"), "");
+    home.file("Library/Application Support/Ostrel Loftmere/audit.jsonl", "");
+    ASSERT_TRUE(home.paths().ensureSupportDirs());
+    const FileLock lock = *FileLock::acquire(home.paths().lockFile());
+    Cleaner cleaner(home.paths(), {});
+    const auto item = ScanItem::make({.target = PathTarget{home.file("Downloads/a", "a")}});
+    EXPECT_EQ(cleaner.clean({item}, ManualTrigger{}, false, Disposal::quarantine).itemsProcessed, 1);
+    ASSERT_TRUE(ConfigStore(home.paths()).save({}));
+    ::umask(former);
+    const fs::perms others = fs::perms::group_all | fs::perms::others_all;
+    for (const auto& entry : fs::recursive_directory_iterator(home.paths().supportDir())) {
+        const bool isOurs = parentPath(entry.path().string()).find("/items") == std::string::npos &&
+                            entry.path().filename() != "agent.lock";
+        EXPECT_EQ((entry.status().permissions() & others) == fs::perms::none, isOurs) << entry.path();
+    }
+    for (const std::string& folder : {home.paths().supportDir(), home.at("Library/Logs/Ostrel Loftmere")})
+        EXPECT_EQ(fs::status(folder).permissions(), fs::perms::owner_all);
+}
+
 // Files as this program has written them ever since: a key that is spelt otherwise makes them unreadable.
 TEST_F(QuarantineTest, ReadsAndWritesItsFilesToTheLetter) {
     const std::string manifest = home.file(inRoot(id('0') + "/manifest.json"), R"({

@@ -11,10 +11,10 @@ namespace loftmere {
 
 Result<AppendFile> AppendFile::open(const std::string& path, FinalLink link) {
     const int flags = O_RDWR | O_APPEND | O_CREAT | O_NONBLOCK | (link == FinalLink::refuse ? O_NOFOLLOW : 0);
-    FileDescriptor fd(calls::open(AT_FDCWD, path.c_str(), flags, 0644));
+    FileDescriptor fd(calls::open(AT_FDCWD, path.c_str(), flags, 0600));
     if (!fd && errno == ENOENT) {
         if (auto made = createDirectories(parentPath(path)); !made) return failed(std::move(made.error()));
-        fd = FileDescriptor(calls::open(AT_FDCWD, path.c_str(), flags, 0644));
+        fd = FileDescriptor(calls::open(AT_FDCWD, path.c_str(), flags, 0600));
     }
     if (!fd) return failed(Failure::posix(errno, "write", path));
     const auto status = descriptorStatus(fd.get());

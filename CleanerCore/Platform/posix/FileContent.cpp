@@ -59,7 +59,7 @@ Status writeAside(int fd, const std::string& aside, const std::string& path, std
                   uint32_t mode) {
     struct stat old{};
     const bool replaces = ::stat(path.c_str(), &old) == 0;
-    calls::changeMode(fd, replaces ? (old.st_mode & 07777) : static_cast<mode_t>(mode));
+    calls::changeMode(fd, static_cast<mode_t>(replaces ? old.st_mode & mode : mode));
     if (auto written = writeAll(fd, content, path); !written) return written;
     if (syncDescriptor(fd) != 0) return failed(Failure::posix(errno, "write", path));
     if (calls::rename(AT_FDCWD, aside.c_str(), AT_FDCWD, path.c_str()) != 0) {
@@ -116,6 +116,13 @@ Status createDirectories(const std::string& path, uint32_t mode) {
     if (auto made = createDirectories(parent, 0755); !made) return made;
     if (makeOrFindFolder(path, mode)) return {};
     return failed(Failure::posix(errno, "create the folder", path));
+}
+
+void makePrivate(const Place& place) {
+    constexpr uint32_t othersRights = 077;
+    const auto status = place.status();
+    if (!status || status->type == FileType::symlink || (status->mode & othersRights) == 0) return;
+    calls::changeModeAt(place.folder(), place.name().c_str(), status->mode & ~othersRights);
 }
 
 Status renameExclusively(const std::string& from, const std::string& to) {

@@ -114,7 +114,8 @@ Place OpenFolder::entry(const std::string& name) const {
 
 Result<OpenFolder> OpenFolder::subfolder(const std::string& name, Missing missing) const {
     std::string path = joinPath(realPath(), name);
-    if (missing == Missing::create && calls::makeFolder(descriptor(), name.c_str(), 0755) != 0 &&
+    const mode_t mode = missing == Missing::createPrivate ? 0700 : 0755;
+    if (missing != Missing::fail && calls::makeFolder(descriptor(), name.c_str(), mode) != 0 &&
         errno != EEXIST) {
         return failed(Failure::posix(errno, "create the folder", path));
     }

@@ -141,9 +141,15 @@ Result<QuarantineFolder> QuarantineFolder::create(const Paths& paths, const Quar
 }
 
 Result<QuarantineFolder> QuarantineFolder::createOnce(const Paths& paths, const QuarantineSession& session) {
-    const std::string folder = joinPath(paths.quarantineDir(), session.id);
-    if (auto made = createDirectories(joinPath(folder, itemsName)); !made)
-        return failed(std::move(made.error()));
+    for (const std::string& folder : {paths.supportDir(), paths.quarantineDir()}) {
+        if (auto made = createDirectories(folder); !made) return failed(std::move(made.error()));
+    }
+    const auto quarantine = root(paths);
+    if (!quarantine) return failed(quarantine.error());
+    const auto folder = quarantine->subfolder(session.id, OpenFolder::Missing::createPrivate);
+    if (!folder) return failed(folder.error());
+    const auto items = folder->subfolder(itemsName, OpenFolder::Missing::createPrivate);
+    if (!items) return failed(items.error());
     auto created = open(paths, session.id);
     if (!created) return created;
     if (auto saved = created->saveOnce(session); !saved) return failed(std::move(saved.error()));
