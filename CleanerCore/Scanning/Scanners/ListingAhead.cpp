@@ -13,13 +13,13 @@ namespace loftmere {
 
 namespace {
 
-constexpr size_t helperCount = 7; // more than there may be cores: on a cold disk they wait side by side
+constexpr size_t helperCount = 7; // possibly more than cores: with a cold disk they wait side by side
 constexpr size_t mostEntriesAhead = 100'000;
 constexpr size_t foldersOfBranch = 4;
-constexpr size_t foldersAtOnce = 64;    // a hand-over costs as much as listing some
-constexpr size_t branchesWorthHelp = 4; // a small tree is listed before a helper has begun
+constexpr size_t foldersAtOnce = 64;    // handing a branch over costs as much as listing some folders
+constexpr size_t branchesWorthHelp = 4; // a small tree is listed before a helper could start
 
-// A folder too large for the memory there is counts as one that cannot be read.
+// A folder that does not fit into memory counts as one that cannot be read.
 std::vector<DirectoryEntry> entriesOf(const std::string& path) {
     try {
         return FS::entries(path);
@@ -52,7 +52,7 @@ std::optional<ListingAhead::Folder> ListingAhead::next() {
     return std::move(listed_[nextListed_++]);
 }
 
-// Instead of waiting for a helper, the walk lists what comes after.
+// Instead of waiting for a helper, the walking thread lists what comes later.
 void ListingAhead::takeBranch() {
     std::unique_lock guard(lock_);
     listed_.clear();
@@ -86,7 +86,7 @@ std::optional<ListingAhead::Turns::iterator> ListingAhead::claim(size_t mostEntr
     return std::nullopt;
 }
 
-// Does the work with the lock open. What is left of the branch then becomes branches of their own.
+// Lists with the lock open. What is then left of the branch becomes new branches.
 void ListingAhead::list(Turns::iterator turn, std::unique_lock<std::mutex>& guard) {
     Branch& branch = **turn;
     guard.unlock();
@@ -112,7 +112,7 @@ void ListingAhead::listNext(Branch& branch) const {
     branch.listed.push_back(std::move(folder));
 }
 
-// Below the branch `above`, for which they are to be walked right after.
+// Puts the folders below the branch `above`, so that they come right after it in the walk.
 void ListingAhead::insert(Branches::iterator above, Turns::iterator turn, std::vector<Folder> pending) {
     for (auto begin = pending.begin(); begin != pending.end();) {
         const auto end = begin + std::min<ptrdiff_t>(foldersOfBranch, pending.end() - begin);
@@ -123,7 +123,7 @@ void ListingAhead::insert(Branches::iterator above, Turns::iterator turn, std::v
 }
 
 void ListingAhead::callHelpers() {
-    changed_.notify_all(); // there may be room again for what is listed ahead
+    changed_.notify_all(); // there may be room to list ahead again
     if (turns_.size() < branchesWorthHelp) return;
     while (helpers_.size() < helperCount && helpers_.call()) {
     }

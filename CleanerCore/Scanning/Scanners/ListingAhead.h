@@ -13,32 +13,32 @@
 
 namespace loftmere {
 
-// A depth-first walk over folders that hands out each of them listed, in the order of a walk that lists one
-// after the other: of the folders to go into, the last comes first. Helpers list what comes next, some dozens
-// of folders at a time, so that warm the processors share the work and cold the disk has several requests in
-// hand. What they list ahead is bounded. One thread walks.
+// A depth-first walk that returns each folder with its entries. The order is that of a walk that lists one
+// folder after the other: of the folders to enter, the last comes first. Helpers list what comes next, some
+// dozens of folders at a time. So the processors share the work when the folders are in memory, and otherwise
+// the disk has several requests at once. How far they list ahead is limited. One thread walks.
 class ListingAhead {
 public:
     struct Folder {
         std::string path;
-        int depth = 0;                            // 0 for the folders that the walk began with
-        std::vector<DirectoryEntry> entries = {}; // as `FS::entries` gives them
+        int depth = 0;                            // 0 for the folders that the walk starts with
+        std::vector<DirectoryEntry> entries = {}; // as `FS::entries` returns them
     };
 
-    // Which folders, given by their entry and by the depth of the folder that holds it, are walked into.
-    // Called from any thread, as is `isCancelled`.
+    // Whether to enter a folder, given its entry and the depth of the folder that holds it. Called on any
+    // thread, as is `isCancelled`.
     using Enters = std::function<bool(const DirectoryEntry&, int depth)>;
 
     ListingAhead(std::vector<std::string> roots, Enters enters, std::function<bool()> isCancelled);
-    ~ListingAhead(); // waits for the listing in hand, no more
+    ~ListingAhead(); // waits only for the listings that have begun
     ListingAhead(const ListingAhead&) = delete;
     ListingAhead& operator=(const ListingAhead&) = delete;
 
-    // The next folder, listed. Absent at the end and after a cancel.
+    // The next folder. Absent at the end and after a cancel.
     std::optional<Folder> next();
 
 private:
-    // A piece of the walk's stack: what is still to be listed, last one first, and what was.
+    // A piece of the walk's stack: the folders still to list, the last one first, and those already listed.
     struct Branch {
         enum class State { waiting, inHand, listed };
         std::vector<Folder> pending;
@@ -59,13 +59,13 @@ private:
 
     const Enters enters_;
     const std::function<bool()> isCancelled_;
-    std::vector<Folder> listed_; // of the branch in hand
+    std::vector<Folder> listed_; // of the current branch
     size_t nextListed_ = 0;
 
-    std::mutex lock_; // over all below
+    std::mutex lock_; // for all below
     std::condition_variable changed_;
-    Branches branches_; // the next one last
-    Turns turns_;       // those of them that are not listed yet, in the same order
+    Branches branches_; // the next one is the last
+    Turns turns_;       // the branches that are not listed yet, in the same order
     size_t entriesAhead_ = 0;
     bool isOver_ = false;
     Crew helpers_{[this] { help(); }};
