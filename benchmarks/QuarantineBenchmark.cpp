@@ -75,8 +75,8 @@ void thereAndBack(benchmark::State& state) {
         there += secondsOf([&] { return addAll(quarantine, *session, items, foresee); }, state);
         back += secondsOf(
             [&] {
-                const auto failures = quarantine.restore(session->id, std::nullopt);
-                return failures && failures->empty();
+                const auto restored = quarantine.restore(session->id, std::nullopt);
+                return restored && restored->failures.empty();
             },
             state);
     }

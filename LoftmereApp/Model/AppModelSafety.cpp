@@ -1,6 +1,5 @@
 #include "CleanerCore/Files/FS.h"
 #include "CleanerCore/Platform/Access.h"
-#include "CleanerCore/Platform/Directory.h"
 #include "CleanerCore/Platform/FileStatus.h"
 #include "CleanerCore/Platform/RandomBytes.h"
 #include "CleanerCore/Platform/RegularFile.h"
@@ -48,40 +47,10 @@ PathVerdict shown(const SafetyPolicy::Verdict& verdict) {
     return std::visit(Show{}, verdict);
 }
 
-// What the session holds of the wanted entries at this moment.
-Result<std::vector<QuarantineEntry>> heldEntries(const Paths& paths, const std::string& id,
-                                                 const std::optional<std::set<std::string>>& wanted) {
-    const auto sessions = Quarantine(paths).sessions();
-    const auto session = std::ranges::find(sessions, id, &QuarantineSession::id);
-    if (session == sessions.end()) {
-        return failed(Failure::saying(
-            fmt::format("session \"{}\" was deleted or cannot be read; nothing was restored", id)));
-    }
-    std::vector<QuarantineEntry> held = session->entries;
-    std::erase_if(held, [&](const QuarantineEntry& entry) {
-        return entry.restored || (wanted && !wanted->contains(entry.storedName));
+bool holdsWanted(const QuarantineSession& session, const std::optional<std::set<std::string>>& wanted) {
+    return std::ranges::any_of(session.entries, [&](const QuarantineEntry& entry) {
+        return !entry.restored && (!wanted || wanted->contains(entry.storedName));
     });
-    return held;
-}
-
-// A quarantine that loses its list, or is purged meanwhile, reports no failures. So what is back is counted.
-Result<Restored> bringBack(const Paths& paths, const AppConfig& config, const std::string& id,
-                           const std::optional<std::set<std::string>>& wanted,
-                           const std::vector<QuarantineEntry>& held) {
-    auto failures = Cleaner(paths, config).restore(id, wanted);
-    if (!failures) return failed(std::move(failures.error()));
-    Restored restored{.failures = std::move(*failures)};
-    for (const QuarantineEntry& entry : held) {
-        const bool hasFailed = std::ranges::any_of(restored.failures, [&](const CleanFailure& failure) {
-            return failure.itemID == entry.originalPath;
-        });
-        if (hasFailed || !FS::exists(entry.originalPath)) continue;
-        ++restored.count;
-        addBytes(restored.bytes, entry.size);
-    }
-    if (restored.count > 0 || held.empty() || !restored.failures.empty()) return restored;
-    return failed(
-        Failure::saying(fmt::format("session \"{}\" was deleted meanwhile; nothing was restored", id)));
 }
 
 // Something is there and cannot be read.
@@ -131,13 +100,12 @@ void AppModel::refreshSafety() {
     sessions = quarantine.sessions();
     unreadableSessions = quarantine.unreadable(sessions);
     audit = AuditLog(paths).recent(shownAuditEntries);
-    const std::string folder = paths.quarantineDir();
     const std::string log = paths.auditFile();
     quarantineFailure = std::nullopt;
     auditFailure = std::nullopt;
-    if (isUnreadable(folder, readDirectory(folder).has_value()))
-        quarantineFailure =
-            fmt::format("the quarantine in {} cannot be read; what it holds is not known", shortened(folder));
+    if (!quarantine.check())
+        quarantineFailure = fmt::format("the quarantine in {} cannot be read; what it holds is not known",
+                                        shortened(paths.quarantineDir()));
     if (isUnreadable(log, RegularFile::open(log).has_value()))
         auditFailure = fmt::format("the log in {} cannot be read", shortened(log));
 }
@@ -158,8 +126,11 @@ Status AppModel::logState() const {
 
 Result<Restored> AppModel::restore(const QuarantineSession& session,
                                    const std::optional<std::set<std::string>>& entries) {
-    const auto held = heldEntries(paths, session.id, entries);
-    auto restored = held ? bringBack(paths, config, session.id, entries, *held) : failed(held.error());
+    auto restored = Cleaner(paths, config).restore(session.id, entries);
+    const bool isNothing = restored && restored->count == 0 && restored->failures.empty();
+    if (isNothing && holdsWanted(session, entries))
+        restored = failed(Failure::saying(
+            fmt::format("session \"{}\" was deleted or cannot be read; nothing was restored", session.id)));
     if (!restored)
         flash(restored.error().message);
     else if (!restored->failures.empty())

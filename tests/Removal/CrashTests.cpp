@@ -70,10 +70,10 @@ public:
 
     void undo() {
         for (const QuarantineSession& session : Quarantine(home.paths()).sessions()) {
-            const auto failures = cleaner(nullptr).restore(session.id, std::nullopt);
-            if (!failures) messages.push_back(failures.error().message);
-            if (failures) {
-                for (const CleanFailure& failure : *failures) messages.push_back(failure.message);
+            const auto restored = cleaner(nullptr).restore(session.id, std::nullopt);
+            if (!restored) messages.push_back(restored.error().message);
+            if (restored) {
+                for (const CleanFailure& failure : restored->failures) messages.push_back(failure.message);
             }
         }
     }

@@ -31,10 +31,10 @@ std::string id(char last) {
     return std::string("20260101-000000-00000") + last;
 }
 
-std::vector<std::string> messagesOf(const Result<std::vector<CleanFailure>>& failures) {
-    if (!failures) return {"refused: " + failures.error().message};
+std::vector<std::string> messagesOf(const Result<Restored>& restored) {
+    if (!restored) return {"refused: " + restored.error().message};
     std::vector<std::string> messages;
-    for (const CleanFailure& failure : *failures) messages.push_back(failure.message);
+    for (const CleanFailure& failure : restored->failures) messages.push_back(failure.message);
     return messages;
 }
 
@@ -72,7 +72,8 @@ TEST_F(QuarantineTest, KeepsItemsUntilTheyAreBroughtBack) {
 
     const std::string stored = inRoot(session.id + "/items/2-b");
     fs::remove(home.at("one"));
-    EXPECT_THAT(restore(std::set<std::string>{"0-a"}), ElementsAre());
+    const auto restored = quarantine.restore(session.id, std::set<std::string>{"0-a"});
+    EXPECT_TRUE(restored && restored->count == 1 && restored->bytes == 10 && restored->failures.empty());
     EXPECT_EQ(quarantine.sessions()[0].activeCount(), 2);
     home.file("two/a", "new");
     fs::remove(stored);
@@ -302,6 +303,7 @@ TEST_F(QuarantineTest, PurgesWhatCannotBeRead) {
     ASSERT_EQ(listed.size(), 1);
     const auto unreadable = quarantine.unreadable(listed);
     EXPECT_THAT(unreadable, ElementsAre(id('0'), id('1'), id('2'), id('3')));
+    EXPECT_EQ(quarantine.restore(id('0'), std::nullopt)->count, 0);
     for (const std::string& name : unreadable) EXPECT_TRUE(quarantine.purge(name)) << name;
     EXPECT_EQ(quarantine.purgeExpired(start), 1);
     EXPECT_EQ(test::filesBelow(home.at(root)), "no folder=\n");

@@ -53,19 +53,20 @@ CleanReport Cleaner::clean(const std::vector<ScanItem>& items, const TriggerSour
     return run.report();
 }
 
-Result<std::vector<CleanFailure>> Cleaner::restore(const std::string& sessionID,
-                                                   const std::optional<std::set<std::string>>& entryIDs) {
-    auto failures = quarantine_.restore(sessionID, entryIDs);
-    if (!failures) return failures;
+Result<Restored> Cleaner::restore(const std::string& sessionID,
+                                  const std::optional<std::set<std::string>>& entryIDs) {
+    auto restored = quarantine_.restore(sessionID, entryIDs);
+    if (!restored || (restored->count == 0 && restored->failures.empty())) return restored;
     AuditEntry entry;
     entry.id = newUUID();
     entry.date = currentDate();
     entry.action = "restore";
     entry.target = sessionID;
-    entry.success = failures->empty();
-    if (!entry.success) entry.message = fmt::format("{} item(s) could not be restored", failures->size());
+    entry.success = restored->failures.empty();
+    if (!entry.success)
+        entry.message = fmt::format("{} item(s) could not be restored", restored->failures.size());
     audit_.append({entry});
-    return failures;
+    return restored;
 }
 
 bool Cleaner::isPermissionError(const Failure& failure) {

@@ -54,10 +54,11 @@ public:
                       std::optional<Disposal> disposalOverride = std::nullopt,
                       const Progress& progress = nullptr, const IsStopped& isStopped = nullptr);
 
-    // Brings back a quarantine session, or those of its entries whose stored names are given, and logs it.
-    // Fails when the session's list cannot be saved; nothing is logged then.
-    Result<std::vector<CleanFailure>> restore(const std::string& sessionID,
-                                              const std::optional<std::set<std::string>>& entryIDs);
+    // Brings back a quarantine session, or those of its entries whose stored names are given, and logs it,
+    // unless nothing was there to bring back. Fails when the session's list cannot be saved; nothing is
+    // logged then.
+    Result<Restored> restore(const std::string& sessionID,
+                             const std::optional<std::set<std::string>>& entryIDs);
 
     // Whether the failure, or one that lies under it, is that the user may not do this.
     static bool isPermissionError(const Failure& failure);

@@ -116,17 +116,17 @@ void Quarantine::letGo(const std::string& sessionID) {
     writers_.erase(writer);
 }
 
-Result<std::vector<CleanFailure>> Quarantine::restore(const std::string& sessionID,
-                                                      const std::optional<std::set<std::string>>& entryIDs) {
+Result<Restored> Quarantine::restore(const std::string& sessionID,
+                                     const std::optional<std::set<std::string>>& entryIDs) {
     letGo(sessionID);
     auto folder = QuarantineFolder::open(paths_, sessionID);
-    if (!folder && folder.error().code == ENOENT) return std::vector<CleanFailure>{};
+    if (!folder && folder.error().code == ENOENT) return Restored{};
     if (!folder) return failed(std::move(folder.error()));
     const auto lock = folder->lock();
     if (!lock) return failed(lock.error());
     auto session = folder->read();
     if (!session) return failed(std::move(session.error()));
-    if (!*session) return std::vector<CleanFailure>{};
+    if (!*session) return Restored{};
     return restoreEntries(paths_, *folder, std::move(**session), entryIDs);
 }
 

@@ -2,7 +2,6 @@
 
 #include "CleanerCore/Files/Paths.h"
 #include "CleanerCore/Platform/Place.h"
-#include "CleanerCore/Records/CleanReport.h"
 #include "CleanerCore/Removal/Quarantine/QuarantineSession.h"
 #include "CleanerCore/Removal/Quarantine/QuarantineWriter.h"
 
@@ -51,11 +50,12 @@ public:
     Status finish(const QuarantineSession& session);
 
     // Moves the entries back, all or those whose stored names are given. Missing parent folders are made;
-    // nothing is overwritten. Answers the entries that failed, by their original paths; none when there is no
-    // readable manifest. Fails while another run writes the session, when its journal cannot be read, and
-    // when the manifest cannot be saved. The session's folder goes with its last entry.
-    Result<std::vector<CleanFailure>> restore(const std::string& sessionID,
-                                              const std::optional<std::set<std::string>>& entryIDs);
+    // nothing is overwritten. Answers what was moved back, and the entries that failed by their original
+    // paths; neither when there is no readable manifest. Fails while another run writes the session, when its
+    // journal cannot be read, and when the manifest cannot be saved. The session's folder goes with its last
+    // entry.
+    Result<Restored> restore(const std::string& sessionID,
+                             const std::optional<std::set<std::string>>& entryIDs);
 
     // Those with a manifest that can be read, newest first. Of one second, the one whose folder was made last
     // comes first.

@@ -2,6 +2,7 @@
 
 #include "CleanerCore/Platform/Removal.h"
 #include "CleanerCore/Safety/SafetyPolicy.h"
+#include "CleanerCore/Support/ByteCount.h"
 #include "CleanerCore/Support/PathText.h"
 #include "CleanerCore/Support/Text.h"
 
@@ -127,25 +128,29 @@ std::string realFolderPath(const std::string& path) {
     return folder ? folder->realPath() : path;
 }
 
-Result<std::vector<CleanFailure>> restoreEntries(const Paths& paths, QuarantineFolder& folder,
-                                                 QuarantineSession session,
-                                                 const std::optional<std::set<std::string>>& entryIDs) {
+Result<Restored> restoreEntries(const Paths& paths, QuarantineFolder& folder, QuarantineSession session,
+                                const std::optional<std::set<std::string>>& entryIDs) {
     const Entries entries = chosen(session, entryIDs);
     // After a crash the journal shows what was brought back. Where nothing can be written, undoing matters
     // more than knowing later what was undone.
     const std::vector<const QuarantineEntry*> lines(entries.begin(), entries.end());
     if (!lines.empty()) (void)folder.announceRestoring(lines);
     const SafetyPolicy policy(paths, {});
-    std::vector<CleanFailure> failures;
+    Restored done;
     for (QuarantineEntry* entry : entries) {
         const Status moved = moveBack(paths, policy, folder, *entry);
         entry->restored = moved.has_value();
-        if (!moved) failures.push_back({entry->originalPath, moved.error().message});
+        if (moved) {
+            ++done.count;
+            addBytes(done.bytes, entry->size);
+        } else {
+            done.failures.push_back({entry->originalPath, moved.error().message});
+        }
     }
     if (auto saved = folder.save(session); !saved) return failed(std::move(saved.error()));
     folder.dropJournal();
     if (session.activeCount() == 0) (void)folder.removeEmptied();
-    return failures;
+    return done;
 }
 
 } // namespace loftmere

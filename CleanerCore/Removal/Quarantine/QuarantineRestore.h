@@ -1,14 +1,12 @@
 #pragma once
 
 #include "CleanerCore/Files/Paths.h"
-#include "CleanerCore/Records/CleanReport.h"
 #include "CleanerCore/Removal/Quarantine/QuarantineFolder.h"
 #include "CleanerCore/Support/Result.h"
 
 #include <optional>
 #include <set>
 #include <string>
-#include <vector>
 
 namespace loftmere {
 
@@ -17,11 +15,9 @@ namespace loftmere {
 // brought back to a place where no item can have been before it was quarantined: a path that is not absolute
 // and plain, one inside the program's own folder, one that is reached through a link that leads out of the
 // home folder, and one from which the policy lets nothing be taken. The user's own rules do not count: they
-// may be younger than the session. Answers the entries that could not be moved. Fails when the manifest
-// cannot be saved.
-Result<std::vector<CleanFailure>> restoreEntries(const Paths& paths, QuarantineFolder& folder,
-                                                 QuarantineSession session,
-                                                 const std::optional<std::set<std::string>>& entryIDs);
+// may be younger than the session. Fails when the manifest cannot be saved.
+Result<Restored> restoreEntries(const Paths& paths, QuarantineFolder& folder, QuarantineSession session,
+                                const std::optional<std::set<std::string>>& entryIDs);
 
 // The real path of a folder that exists; the path itself when there is no telling.
 std::string realFolderPath(const std::string& path);

@@ -6,6 +6,7 @@
 #include "CleanerCore/Support/Json.h"
 #include "CleanerCore/Support/Result.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -40,6 +41,13 @@ struct QuarantineSession {
     int activeCount() const;
 
     bool operator==(const QuarantineSession&) const = default;
+};
+
+// What a restore did.
+struct Restored {
+    size_t count = 0;  // entries whose items are back
+    int64_t bytes = 0; // of those
+    std::vector<CleanFailure> failures;
 };
 
 // Whether a text has the form of an id, "20260115-093012-7F3A9C". Folders with other names are not ours.

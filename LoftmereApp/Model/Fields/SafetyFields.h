@@ -1,6 +1,5 @@
 #pragma once
 
-#include "CleanerCore/Records/CleanReport.h"
 #include "CleanerCore/Removal/AuditEntry.h"
 #include "CleanerCore/Removal/Quarantine/QuarantineSession.h"
 #include "LoftmereApp/Model/Published.h"
@@ -27,13 +26,6 @@ struct SafetyFields : FieldGroup {
     // Why `sessions`, or `audit`, does not show what there is: a sentence for the user. Absent when it does.
     Published<std::optional<std::string>> quarantineFailure{main_};
     Published<std::optional<std::string>> auditFailure{main_};
-};
-
-// What a restore did. Counted is what really is where it came from.
-struct Restored {
-    size_t count = 0;
-    int64_t bytes = 0;
-    std::vector<CleanFailure> failures;
 };
 
 // What became of the quarantine sessions that had expired.
