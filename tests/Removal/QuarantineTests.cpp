@@ -6,6 +6,7 @@
 #include "tests/Support/FaultRig.h"
 #include "tests/Support/Mounted.h"
 #include "tests/Support/TemporaryHome.h"
+#include "tests/Support/Waiting.h"
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
@@ -273,8 +274,12 @@ TEST_F(QuarantineTest, ListsSessionsOfOneSecondInTheOrderOfTheirMaking) {
         made.insert(made.begin(), session.id);
         for (const char* name : {"a", "b"}) ASSERT_TRUE(add(home.file(session.id + name, "x")));
         ASSERT_TRUE(quarantine.finish(session));
-        std::this_thread::sleep_for(
-            std::chrono::milliseconds(20)); // the clock of some file systems is coarse
+        // The clock of some file systems is coarse.
+        const auto created = linkStatus(inRoot(session.id))->created;
+        ASSERT_TRUE(test::comesTrue([&] {
+            fs::remove(home.at("clock"));
+            return linkStatus(home.file("clock", ""))->created > created;
+        }));
     }
     session.id = made.back();
     EXPECT_THAT(restore(std::set<std::string>{"0-a"}), ElementsAre());

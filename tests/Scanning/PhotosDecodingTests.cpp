@@ -37,10 +37,46 @@ int distance(const Likeness& a, const Likeness& b) {
     return std::popcount(a.hash ^ b.hash);
 }
 
+// Of the process so far, so it is of use only in a process that does nothing else.
 int64_t peakMemory() {
     rusage usage{};
     ::getrusage(RUSAGE_SELF, &usage);
     return int64_t{usage.ru_maxrss} * 1024;
+}
+
+void refuseVastPictures() {
+    const test::TemporaryHome home;
+    constexpr uint64_t gibi = uint64_t{1} << 30;
+    const struct {
+        std::string content;
+        uint64_t emptyBytes = 0; // that follow and take no room on disk
+    } bombs[] = {
+        {photoContent("vast.png")},
+        {photoContent("vast-interlaced.png")},
+        {photoContent("vast.jpg")},
+        {photoContent("vast-arithmetic.jpg")}, // bits without end
+        {photoContent("vast-progressive.jpg")},
+        {photoContent("vast-cmyk.jpg")},
+        {std::string("\xFF\xD8\xFF\xE0\0\4\0\0", 8), gibi / 2 - 8},
+        {"RIFF\xFF\xFF\xFF\x7FWEBPVP8 ", 3 * gibi},
+        {"GIF89a", 2 * gibi},
+        {photoContent("vast-profile.tif"), 2 * gibi},
+    };
+    ASSERT_TRUE(dHash(photo("small-profile.tif"))); // with whatever libvips takes once
+    const int64_t before = peakMemory();
+    const Date start = currentDate();
+    for (const auto& [content, emptyBytes] : bombs) {
+        const std::string bomb = home.file("bomb", content);
+        std::filesystem::resize_file(bomb, content.size() + emptyBytes);
+        EXPECT_FALSE(dHash(bomb)) << content.substr(0, 12);
+    }
+    EXPECT_LT(secondsBetween(start, currentDate()), 4);
+    EXPECT_LT(peakMemory() - before, 64 << 20);
+
+    const std::string profiled = home.file("profiled", photoContent("large-profile.tif"));
+    std::filesystem::resize_file(profiled, 750'000'000);
+    EXPECT_TRUE(dHash(profiled)); // a picture nonetheless
+    EXPECT_LT(peakMemory() - before, 320 << 20);
 }
 
 } // namespace
@@ -111,37 +147,13 @@ TEST(PhotosDecoding, SpoiltFilesDoNoHarmAndThoseCutShortAreNoPictures) {
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
+// In a process of its own, so that the memory of other tests does not count.
 TEST(PhotosDecoding, VastPicturesAreRefused) {
-    const test::TemporaryHome home;
-    constexpr uint64_t gibi = uint64_t{1} << 30;
-    const struct {
-        std::string content;
-        uint64_t emptyBytes = 0; // that follow and take no room on disk
-    } bombs[] = {
-        {photoContent("vast.png")},
-        {photoContent("vast-interlaced.png")},
-        {photoContent("vast.jpg")},
-        {photoContent("vast-arithmetic.jpg")}, // bits without end
-        {photoContent("vast-progressive.jpg")},
-        {photoContent("vast-cmyk.jpg")},
-        {std::string("\xFF\xD8\xFF\xE0\0\4\0\0", 8), gibi / 2 - 8},
-        {"RIFF\xFF\xFF\xFF\x7FWEBPVP8 ", 3 * gibi},
-        {"GIF89a", 2 * gibi},
-        {photoContent("vast-profile.tif"), 2 * gibi},
-    };
-    ASSERT_TRUE(dHash(photo("small-profile.tif"))); // with whatever libvips takes once
-    const int64_t before = peakMemory();
-    const Date start = currentDate();
-    for (const auto& [content, emptyBytes] : bombs) {
-        const std::string bomb = home.file("bomb", content);
-        std::filesystem::resize_file(bomb, content.size() + emptyBytes);
-        EXPECT_FALSE(dHash(bomb)) << content.substr(0, 12);
-    }
-    EXPECT_LT(secondsBetween(start, currentDate()), 4);
-    EXPECT_LT(peakMemory() - before, 64 << 20);
-
-    const std::string profiled = home.file("profiled", photoContent("large-profile.tif"));
-    std::filesystem::resize_file(profiled, 750'000'000);
-    EXPECT_TRUE(dHash(profiled)); // a picture nonetheless
-    EXPECT_LT(peakMemory() - before, 320 << 20);
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(
+        {
+            refuseVastPictures();
+            std::exit(testing::Test::HasFailure() ? 1 : 0);
+        },
+        testing::ExitedWithCode(0), "");
 }
