@@ -1,7 +1,9 @@
+#include "CleanerCore/Platform/Place.h"
 #include "CleanerCore/Safety/ProtectedLocations.h"
 #include "CleanerCore/Safety/SafetyPolicy.h"
 #include "CleanerCore/Support/Crew.h"
 #include "CleanerCore/Support/PathText.h"
+#include "CleanerCore/Support/Text.h"
 #include "tests/Support/TemporaryHome.h"
 
 #include <gtest/gtest.h>
@@ -102,12 +104,8 @@ TEST(SafetyPolicy, Verdicts) {
         {"Documents/x", "Not an absolute path"},
         {"../x", "Not an absolute path"},
         {std::string("~/Library\0/x", 12), "Not an absolute path"},
-        {"/", top},
-        {"~", top},
-        {"~/Library/Caches", top},
         {"~/Library/Caches/com.example.app", "allowed"},
         {"~/Downloads/", top},
-        {"~/Library/Application Support", top},
         {"~/.config", personal},
         {"~/.config/other", "allowed"},
         {"~/Library/Application Support/MobileSync/Backup", personal},
@@ -143,19 +141,14 @@ TEST(SafetyPolicy, Verdicts) {
         {"~/toHome/Documents/x", "allowed"},
         {"~/real/keys/secret", personal}, // where a protected link leads
         {"~/real", personal},
-        {"~/Library/CloudStorage", top},
         {"~/Library/CloudStorage/GoogleDrive-me/x", "in GoogleDrive"},
         {"~/Library/Mobile Documents/a", "in iCloud Drive"},
         {"~/Library/Mobile Documentsx/a", "allowed"},
         {"~/toDrive/x", "in Dropbox"},
-        {"/Volumes/Backup/x", systemPlace},
-        {"/opt/homebrew/bin/tool", systemPlace},
         {"/opt/homebrew/Cellar/x", outside},
         {"/Users/Shared/x", outside},
-        {"/Library", top},
         {"/Library/Caches", outside},
         {"/Library/Caches/com.example", "needs admin"},
-        {"/Library/Logs/x", "needs admin"},
         {"/Library/Logs/../Keychains/x", systemPlace},
         {"/Applications/Missing.app", "needs admin"},
     };
@@ -169,6 +162,49 @@ TEST(SafetyPolicy, Verdicts) {
     EXPECT_EQ(SafetyPolicy::normalize("//a/.//b/..//", "/h"), "/a");
     EXPECT_FALSE(SafetyPolicy::safeForAutomation(SafetyPolicy::SyncedCloud{"x"}));
     EXPECT_TRUE(SafetyPolicy::safeForAutomation(SafetyPolicy::NeedsAdmin{}));
+}
+
+// The lists themselves, written a second time: an entry that goes or comes must be meant.
+TEST(SafetyPolicy, EveryListedPlace) {
+    const std::vector<std::pair<std::string, std::string>> places{
+        {top, "~|~/Library|~/Library/Caches|~/Library/Logs|~/Library/Application Support|"
+              "~/Library/Containers|~/Library/Group Containers|~/Library/Preferences|"
+              "~/Library/Developer|~/Library/Developer/Xcode|~/Desktop|~/Documents|~/Downloads|"
+              "~/Library/Mobile Documents|~/Library/Mobile Documents/com~apple~CloudDocs|"
+              "~/Library/CloudStorage|~/Pictures|~/Movies|~/Music|~/Public|~/Applications|~/.Trash|/|"
+              "/Applications|/Library|/Users|/private|/tmp|/opt"},
+        {personal, "~/Library/Keychains/x|~/Library/Messages/x|~/Library/Mail/x|~/Library/Calendars/x|"
+                   "~/Library/Application Support/AddressBook/x|"
+                   "~/Library/Application Support/CallHistoryDB/x|"
+                   "~/Library/Application Support/MobileSync/Backup/.lock|~/Library/Safari/x|"
+                   "~/Library/Accounts/x|~/Library/Cookies/Cookies.binarycookies|"
+                   "~/Library/Group Containers/group.com.apple.notes/x|"
+                   "~/Library/Containers/com.apple.Notes/x|~/Library/Photos/x|"
+                   "~/Library/Autosave Information/x|~/Library/Application Support/Ostrel Loftmere/x|"
+                   "~/Library/LaunchAgents/com.ostrel.loftmere.agent.plist|~/.ssh/x|~/.gnupg/x|~/.aws/x|"
+                   "~/.kube/x|~/.config/gcloud/x|~/.docker/config.json|~/.zshrc|~/.bashrc|~/.gitconfig"},
+        {systemPlace, "/System/x|/bin/x|/sbin/x|/usr/x|/etc/x|/var/x|/private/etc/x|/private/var/db/x|"
+                      "/private/var/vm/x|/Library/Apple/x|/Library/Keychains/x|/Library/Security/x|/cores/x|"
+                      "/dev/x|/Volumes/x|/Network/x|/opt/homebrew/bin/x"},
+        {"needs admin", "/Applications/x|/Library/Application Support/x|/Library/Caches/x|"
+                        "/Library/LaunchAgents/x|/Library/LaunchDaemons/x|/Library/PrivilegedHelperTools/x|"
+                        "/Library/Preferences/x|/Library/Logs/x|/Library/Internet Plug-Ins/x|"
+                        "/Library/Audio/Plug-Ins/x|/Library/Extensions/x|/Library/Frameworks/x|"
+                        "/Library/Receipts/x"},
+    };
+    namespace Listed = ProtectedLocations;
+    const size_t sizes[]{Listed::homeContainers.size() + Listed::systemContainers.size(),
+                         Listed::homeBlocked.size(), Listed::systemBlocked.size(), Listed::adminRoots.size()};
+    const test::TemporaryHome home;
+    const SafetyPolicy policy(home.paths(), {});
+    for (size_t i = 0; i < places.size(); ++i) {
+        const auto paths = splitOmittingEmpty(places[i].second, '|');
+        EXPECT_EQ(paths.size(), sizes[i]) << places[i].first;
+        for (const std::string& path : paths) EXPECT_EQ(told(policy.check(path)), places[i].first) << path;
+    }
+    // A parent that was exchanged for a link after the path itself was judged.
+    const test::TemporaryHome elsewhere;
+    EXPECT_EQ(told(policy.check(home.at("a/b"), *Place::open(elsewhere.at("b")))), leadsOut);
 }
 
 TEST(SafetyPolicy, HomeReachedThroughALinkAndHomeThatIsTheRoot) {
