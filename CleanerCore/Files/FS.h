@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CleanerCore/Platform/Directory.h"
+#include "CleanerCore/Platform/TreeWalk.h"
 #include "CleanerCore/Support/ByteCount.h"
 #include "CleanerCore/Support/Date.h"
 
@@ -8,6 +9,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 // Questions about the file system. For anything that cannot be read the answer is absent, empty, false or
@@ -69,5 +71,14 @@ bool isRemoteVolume(const std::string& path);
 std::optional<int64_t> freeSpace(const std::string& path);
 
 std::optional<VolumeSpace> volumeSpace(const std::string& path);
+
+// Whether a folder of this name is a package: shown and handled as one thing, such as an application, a photo
+// library or a document that is stored as a folder. Judged by the extension, in any case.
+bool isPackageName(std::string_view name);
+
+// Visits what a user sees below `root`, as walkTree does, but without hidden entries and without the inside
+// of packages: a package is one entry. Entries whose names are not valid UTF-8 are left out as well, since
+// they are only ever handled as part of their folder.
+bool walkVisibleTree(const std::string& root, const std::function<WalkStep(const WalkEntry&)>& visit);
 
 } // namespace loftmere::FS

@@ -2,7 +2,7 @@
 
 #include "CleanerCore/Platform/FileStatus.h"
 #include "CleanerCore/Support/PathText.h"
-#include "CleanerCore/Support/TextOrder.h"
+#include "CleanerCore/Support/Text.h"
 
 #include <algorithm>
 

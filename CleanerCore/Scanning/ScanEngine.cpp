@@ -2,7 +2,7 @@
 
 #include "CleanerCore/Safety/SafetyPolicy.h"
 #include "CleanerCore/Support/Crew.h"
-#include "CleanerCore/Support/TextOrder.h"
+#include "CleanerCore/Support/Text.h"
 
 #include <fmt/format.h>
 

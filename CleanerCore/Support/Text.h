@@ -1,5 +1,6 @@
 #pragma once
 
+#include <compare>
 #include <cstddef>
 #include <optional>
 #include <string>
@@ -42,6 +43,20 @@ int displayWidth(std::string_view text);
 // The longest beginning, and the longest end, that take at most `columns`.
 std::string_view prefixOfWidth(std::string_view text, int columns);
 std::string_view suffixOfWidth(std::string_view text, int columns);
+
+// One spelling for all that Unicode calls canonically equivalent: two texts are equivalent when their
+// composed forms are equal. Text that is not valid UTF-8 comes back unchanged.
+std::string composedText(std::string_view text);
+
+// The composed form without the difference between upper and lower case and without the characters that some
+// volumes ignore. Two names that a volume may take for the same one have equal caseless forms.
+std::string caselessText(std::string_view text);
+
+bool isASCII(std::string_view text);
+
+// Compares runs of decimal digits by value and everything else byte by byte, so that "9.3" is less than
+// "17.2". Leading zeros do not count: "017" and "17" are equal.
+std::weak_ordering compareNumerically(std::string_view a, std::string_view b);
 
 // The pieces between separators, without the empty ones.
 std::vector<std::string> splitOmittingEmpty(std::string_view text, char separator);

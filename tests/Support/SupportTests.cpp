@@ -5,7 +5,6 @@
 #include "CleanerCore/Support/Date.h"
 #include "CleanerCore/Support/PathText.h"
 #include "CleanerCore/Support/Text.h"
-#include "CleanerCore/Support/TextOrder.h"
 #include "tests/Support/Waiting.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "CleanerCore/Files/VisibleTree.h"
+#include "CleanerCore/Files/FS.h"
 #include "CleanerCore/Platform/Place.h"
 #include "CleanerCore/Scanning/Photos/Likeness.h"
 #include "CleanerCore/Scanning/ScannerRegistry.h"
@@ -42,7 +42,7 @@ public:
     // the walk.
     bool add(const std::string& root, const Visit& visit) {
         bool ended = false;
-        walkVisibleTree(root, [&](const WalkEntry& entry) {
+        FS::walkVisibleTree(root, [&](const WalkEntry& entry) {
             ended = !visit(entry.path);
             if (ended) return WalkStep::stop;
             const std::string extension = asciiLowercased(pathExtension(entry.name));

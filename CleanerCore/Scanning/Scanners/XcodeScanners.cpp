@@ -4,7 +4,7 @@
 #include "CleanerCore/Scanning/Scanners/ForeignText.h"
 #include "CleanerCore/Support/ByteCount.h"
 #include "CleanerCore/Support/PathText.h"
-#include "CleanerCore/Support/TextOrder.h"
+#include "CleanerCore/Support/Text.h"
 
 #include <fmt/format.h>
 
