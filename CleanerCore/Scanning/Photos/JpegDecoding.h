@@ -14,8 +14,7 @@
 #include <jpeglib.h>
 // clang-format on
 
-// What the two ways of reading a JPEG file share: libjpeg's, and our own for the first scan of a progressive
-// file.
+// What the two ways of reading a JPEG file share: libjpeg's, and our own.
 namespace loftmere {
 
 // The bytes of a JPEG file one after the other, for libjpeg as its data source and for our own reading. Reads
@@ -31,6 +30,9 @@ public:
     // the file counts as ended. Without a limit, libjpeg would search the whole file for the next marker.
     void allow(int64_t bytes) { allowance_ = bytes; }
 
+    // Whether the file goes on after what may be read.
+    bool isOverAllowance() const { return allowance_ <= 0 && position_ < file_.size(); }
+
     bool isCancelled() const { return isCancelled_ && isCancelled_(); }
 
     // The next byte. -1 at the end of the file or of what may be read, when reading fails, and once
@@ -41,8 +43,15 @@ public:
         return *next_input_byte++;
     }
 
+    // Copies compressed data, without the zeros that the file has after each byte of 0xFF. Returns how much,
+    // which is less than `room` only where the data ends at a marker or with the file.
+    size_t copyData(uint8_t* target, size_t room);
+
+    // Whether `copyData` has come to a marker.
+    bool isAtMarker() const { return marker_.value_or(-1) >= 0; }
+
     // Skips compressed data up to the next marker that is not part of it. Returns its code, or -1 when there
-    // is none.
+    // is none. After `copyData` has come to the end of the data, this is the marker there, of any kind.
     int nextMarker();
 
     // Whether the rest of the file has the marker that ends the picture.
@@ -51,6 +60,7 @@ public:
 private:
     bool refill();
     void skip(size_t count);
+    int codeAfterMark();
     static boolean fillForLibrary(j_decompress_ptr decoder);
     static void skipForLibrary(j_decompress_ptr decoder, long count);
 
@@ -59,18 +69,19 @@ private:
     int64_t position_ = 0;
     int64_t allowance_ = 0;
     std::vector<uint8_t> block_;
+    std::optional<int> marker_; // that ended the data, if nobody has asked for it yet; -1 for none
 };
 
-// A progressive JPEG file starts with the mean brightness of each block of 8 by 8 pixels. That is the picture
-// at an eighth of its resolution, and all that a thumbnail needs. To get at it, libjpeg would hold the
-// coefficients of the whole picture, 3 bytes a pixel.
+// The mean brightness of each block of 8 by 8 pixels is the picture at an eighth of its resolution, and all
+// that a thumbnail needs. A progressive file starts with nothing else. In any other file each mean is
+// followed by the details of its block, whose codes are stepped over.
 
-// Whether the next scan can be read this way. `decoder` has read the header, up to the first scan's data.
-bool canReadFirstScan(const jpeg_decompress_struct& decoder);
+// Whether the means of the picture can be read. `decoder` has read the header, up to the first scan's data.
+bool canReadMeans(const jpeg_decompress_struct& decoder);
 
-// The picture in that scan, no side longer than `side` pixels. Absent when its data is damaged, and when the
-// file ends before the picture does: a file that is cut short must not pass for a whole one, although the
+// The picture in the means, no side longer than `side` pixels. Absent when the data is damaged, unusual or
+// cut short. A progressive file that ends before the picture does counts as cut short as well, although the
 // missing part is not used here.
-std::optional<GreyImage> readFirstScan(const jpeg_decompress_struct& decoder, JpegInput& input, int side);
+std::optional<GreyImage> readMeans(const jpeg_decompress_struct& decoder, JpegInput& input, int side);
 
 } // namespace loftmere

@@ -7,6 +7,7 @@
 #include <csetjmp>
 #include <cstring>
 #include <string_view>
+#include <utility>
 
 namespace loftmere {
 
@@ -46,7 +47,38 @@ void JpegInput::skip(size_t count) {
     position_ += int64_t(count - held);
 }
 
+int JpegInput::codeAfterMark() {
+    int code = 0xFF;
+    while (code == 0xFF) code = next(); // a code may follow any number of them
+    return code;
+}
+
+size_t JpegInput::copyData(uint8_t* target, size_t room) {
+    size_t copied = 0;
+    while (copied < room && !marker_) {
+        if (bytes_in_buffer == 0 && !refill()) {
+            marker_ = -1;
+            break;
+        }
+        const size_t most = std::min(room - copied, bytes_in_buffer);
+        const void* found = std::memchr(next_input_byte, 0xFF, most);
+        const size_t plain =
+            found == nullptr ? most : size_t(static_cast<const uint8_t*>(found) - next_input_byte);
+        std::memcpy(target + copied, next_input_byte, plain);
+        copied += plain;
+        skip(plain);
+        if (found == nullptr) continue;
+        const int code = codeAfterMark();
+        if (code == 0)
+            target[copied++] = 0xFF;
+        else
+            marker_ = code;
+    }
+    return copied;
+}
+
 int JpegInput::nextMarker() {
+    if (marker_) return *std::exchange(marker_, std::nullopt);
     while (bytes_in_buffer > 0 || refill()) {
         const void* found = std::memchr(next_input_byte, 0xFF, bytes_in_buffer);
         if (found == nullptr) {
@@ -54,8 +86,7 @@ int JpegInput::nextMarker() {
             continue;
         }
         skip(size_t(static_cast<const uint8_t*>(found) - next_input_byte));
-        int code = 0xFF;
-        while (code == 0xFF) code = next(); // a code may follow any number of them
+        const int code = codeAfterMark();
         if (!belongsToData(code)) return code;
     }
     return -1;
@@ -65,6 +96,7 @@ bool JpegInput::reachesEnd() {
     while (true) {
         const int code = nextMarker();
         if (code < 0 || code == JPEG_EOI) return code == JPEG_EOI;
+        if (belongsToData(code)) continue;
         const int high = next();
         const int low = next();
         if (low < 0) return false;
@@ -134,16 +166,19 @@ public:
     JpegDecoder(const JpegDecoder&) = delete;
     JpegDecoder& operator=(const JpegDecoder&) = delete;
 
-    std::optional<Thumbnail> read() {
+    ThumbnailResult read(JpegMeans means) {
         input_.allow(mostBesidePicture);
-        if (!guarded([&] { readHeader(); })) return std::nullopt;
+        if (!guarded([&] { readHeader(); })) return std::unexpected(reason());
         const int64_t pixels = int64_t{decoder_.image_width} * decoder_.image_height;
-        if (pixels > mostPixels) return std::nullopt;
+        if (pixels > mostPixels) return std::unexpected(NoThumbnail::tooLarge);
         input_.allow(mostBesidePicture + 2 * pixels * decoder_.num_components);
-        auto image = readImage();
-        if (!image) return std::nullopt;
+        auto image = readImage(means);
+        if (!image) return std::unexpected(reason());
         return Thumbnail{.image = turnedUpright(*image, orientation()), .pixelCount = pixels};
     }
+
+    // Whether libjpeg may be able to read what our own reading could not.
+    bool deservesAnotherTry() const { return deservesAnotherTry_; }
 
 private:
     // Runs calls into libjpeg. False when one failed. An error jumps here over the frames in between, so
@@ -162,11 +197,23 @@ private:
         jpeg_read_header(&decoder_, TRUE);
     }
 
-    std::optional<GreyImage> readImage() {
+    NoThumbnail reason() const {
+        const bool isTooLarge =
+            isTooLarge_ || input_.isOverAllowance() || decoder_.input_scan_number > mostScans;
+        return isTooLarge ? NoThumbnail::tooLarge : NoThumbnail::noPicture;
+    }
+
+    // Of a progressive file the means are all that is read: for the rest, libjpeg would hold the coefficients
+    // of the whole picture, 3 bytes a pixel.
+    std::optional<GreyImage> readImage(JpegMeans means) {
         const auto scale = reduction();
-        if (scale == 8 && canReadFirstScan(decoder_)) return readFirstScan(decoder_, input_, thumbnailSide);
-        if (jpeg_has_multiple_scans(&decoder_) && coefficientBytes() > largestCoefficients)
-            return std::nullopt;
+        if (scale == 8 && canReadMeans(decoder_) && (means == JpegMeans::read || decoder_.progressive_mode)) {
+            auto image = readMeans(decoder_, input_, thumbnailSide);
+            deservesAnotherTry_ = !image && !decoder_.progressive_mode && !input_.isCancelled();
+            return image;
+        }
+        isTooLarge_ = jpeg_has_multiple_scans(&decoder_) && coefficientBytes() > largestCoefficients;
+        if (isTooLarge_) return std::nullopt;
         if (!guarded([&] { start(scale); })) return std::nullopt;
         std::vector<uint8_t> row(size_t(decoder_.output_width) * size_t(decoder_.output_components));
         AreaReducer reducer =
@@ -226,14 +273,20 @@ private:
     jpeg_decompress_struct decoder_{};
     ErrorManager errors_{};
     jpeg_progress_mgr progress_{};
+    bool isTooLarge_ = false;
+    bool deservesAnotherTry_ = false;
 };
 
 } // namespace
 
-std::optional<Thumbnail> jpegThumbnail(const RegularFile& file, const FS::CancelCheck& isCancelled) {
-    if (file.size() > largestFile) return std::nullopt;
+ThumbnailResult jpegThumbnail(const RegularFile& file, const FS::CancelCheck& isCancelled, JpegMeans means) {
+    if (file.size() > largestFile) return std::unexpected(NoThumbnail::tooLarge);
     JpegInput input(file, isCancelled);
-    return JpegDecoder(input).read();
+    JpegDecoder decoder(input);
+    auto thumbnail = decoder.read(means);
+    if (!decoder.deservesAnotherTry()) return thumbnail;
+    JpegInput again(file, isCancelled);
+    return JpegDecoder(again).read(JpegMeans::leave);
 }
 
 } // namespace loftmere

@@ -1,7 +1,5 @@
 #include "CleanerCore/Scanning/Photos/Likeness.h"
 
-#include "CleanerCore/Scanning/Photos/Thumbnail.h"
-
 #include <algorithm>
 #include <array>
 #include <bit>
@@ -20,12 +18,14 @@ namespace loftmere {
 
 std::optional<Likeness> dHash(const std::string& path, const FS::CancelCheck& isCancelled) {
     const auto file = RegularFile::open(path);
-    return file ? likenessOf(*file, isCancelled) : std::nullopt;
+    if (!file) return std::nullopt;
+    const auto likeness = likenessOf(*file, isCancelled);
+    return likeness ? std::optional(*likeness) : std::nullopt;
 }
 
-std::optional<Likeness> likenessOf(const RegularFile& file, const FS::CancelCheck& isCancelled) {
+std::expected<Likeness, NoThumbnail> likenessOf(const RegularFile& file, const FS::CancelCheck& isCancelled) {
     const auto thumbnail = readThumbnail(file, isCancelled);
-    if (!thumbnail) return std::nullopt;
+    if (!thumbnail) return std::unexpected(thumbnail.error());
     return Likeness{.hash = differenceHash(thumbnail->image), .pixelCount = thumbnail->pixelCount};
 }
 

@@ -3,9 +3,11 @@
 #include "CleanerCore/Files/FS.h"
 #include "CleanerCore/Platform/RegularFile.h"
 #include "CleanerCore/Scanning/Photos/GreyImage.h"
+#include "CleanerCore/Scanning/Photos/Thumbnail.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <expected>
 #include <functional>
 #include <optional>
 #include <span>
@@ -26,8 +28,8 @@ struct Likeness {
 // large picture.
 std::optional<Likeness> dHash(const std::string& path, const FS::CancelCheck& isCancelled = nullptr);
 
-// The same for an open file.
-std::optional<Likeness> likenessOf(const RegularFile& file, const FS::CancelCheck& isCancelled);
+// The same for an open file, with the reason where there is none.
+std::expected<Likeness, NoThumbnail> likenessOf(const RegularFile& file, const FS::CancelCheck& isCancelled);
 
 // The likeness hash of a picture: stretched to 9 by 8 pixels, one bit for each pixel that is brighter than
 // its right neighbour, from the top left in the highest bit to the bottom right in the lowest. A picture of

@@ -115,7 +115,7 @@ std::vector<Entry> readPhotos(const std::vector<PhotoFile>& files, const ScanCon
         context.report(CleanCategory::similarPhotos, files[i].path);
         // Anything that took the file's place since it was found, such as a link, is not read.
         if (const auto file = RegularFile::openUnchanged(files[i].path, files[i].status)) {
-            likenesses[i] = likenessOf(*file, context.isCancelled);
+            if (const auto found = likenessOf(*file, context.isCancelled)) likenesses[i] = *found;
         }
     });
     std::vector<Entry> entries;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
 #include <string_view>
 
 namespace loftmere {
@@ -87,9 +88,9 @@ private:
 
 } // namespace
 
-std::optional<Thumbnail> readThumbnail(const RegularFile& file, const FS::CancelCheck& isCancelled) {
+ThumbnailResult readThumbnail(const RegularFile& file, const FS::CancelCheck& isCancelled) {
     const auto kind = kindOf(file);
-    if (!kind) return std::nullopt;
+    if (!kind) return std::unexpected(NoThumbnail::noPicture);
     if (*kind == ImageKind::jpeg) return jpegThumbnail(file, isCancelled);
     return vipsThumbnail(file, *kind, isCancelled);
 }

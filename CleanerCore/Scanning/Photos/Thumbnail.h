@@ -5,7 +5,7 @@
 #include "CleanerCore/Scanning/Photos/GreyImage.h"
 
 #include <cstdint>
-#include <optional>
+#include <expected>
 #include <span>
 
 namespace loftmere {
@@ -22,29 +22,38 @@ struct Thumbnail {
     int64_t pixelCount = 0; // of the whole picture
 };
 
+// Why there is none.
+enum class NoThumbnail {
+    noPicture, // damaged, cut short or no picture at all; or cancelled meanwhile
+    tooLarge,  // over the limits that bound the memory and the time for one file
+};
+
+using ThumbnailResult = std::expected<Thumbnail, NoThumbnail>;
+
 // The thumbnail of a picture file, always made from the picture itself and never from a preview stored with
 // it. Goes by the content, not by the name. Reads JPEG, PNG, TIFF, WebP, HEIF and GIF, and of several
-// pictures in one file the first. Absent for anything that cannot be decoded: not a picture, damaged, cut
-// short, too large for bounded memory. Absent as well when `isCancelled`, asked often on the calling thread,
-// answers true. Any thread.
-std::optional<Thumbnail> readThumbnail(const RegularFile& file, const FS::CancelCheck& isCancelled);
+// pictures in one file the first. `isCancelled` is asked often on the calling thread. Any thread.
+ThumbnailResult readThumbnail(const RegularFile& file, const FS::CancelCheck& isCancelled);
 
 // What readThumbnail chooses from. Each reads the file from its start.
 
 enum class ImageKind { jpeg, png, tiff, webp, heif, gif };
 
-// Takes an eighth of the picture's resolution out of the data where that is enough, in a small and fixed
-// amount of memory. Absent when the data is damaged or cut short, when there is more than is decoded
-// (`mostPixels`, a file of 512 MiB) and when cancelled. This is also the fuzzers' way in.
-std::optional<Thumbnail> jpegThumbnail(const RegularFile& file, const FS::CancelCheck& isCancelled);
+// Whether the means of the blocks of a JPEG file are taken out of the data by our own reading, which is fast
+// but only for whole files of the usual form. The others are left to libjpeg in either case.
+enum class JpegMeans { read, leave };
 
-// Any kind but JPEG, through libvips. Absent when the data is damaged or cut short, when cancelled, where
-// libvips is missing, and when the picture is larger than what is decoded: `mostPixels` in a file of 768 MiB,
-// or, for formats that must be held whole, 64 million pixels of 320 MiB in a file of 128 MiB. Large pictures
-// are decoded one at a time, and others wait. A cancel takes effect at once, but a decoding that cannot be
-// interrupted goes on by itself for a second or two.
-std::optional<Thumbnail> vipsThumbnail(const RegularFile& file, ImageKind kind,
-                                       const FS::CancelCheck& isCancelled);
+// Takes an eighth of the picture's resolution out of the data where that is enough, in a small and fixed
+// amount of memory. Decodes up to `mostPixels` in a file of 512 MiB. Both ways of reading give the same
+// picture. This is also the fuzzers' way in.
+ThumbnailResult jpegThumbnail(const RegularFile& file, const FS::CancelCheck& isCancelled,
+                              JpegMeans means = JpegMeans::read);
+
+// Any kind but JPEG, through libvips; no picture where that is missing. Decodes up to `mostPixels` in a file
+// of 768 MiB or, for formats that must be held whole, 64 million pixels of 320 MiB in a file of 128 MiB.
+// Large pictures are decoded one at a time, and others wait. A cancel takes effect at once, but a decoding
+// that cannot be interrupted goes on by itself for a second or two.
+ThumbnailResult vipsThumbnail(const RegularFile& file, ImageKind kind, const FS::CancelCheck& isCancelled);
 
 // The orientation in an Exif block, given from its TIFF header on; `uprightOrientation` where it has none.
 // This is also the fuzzers' way in.

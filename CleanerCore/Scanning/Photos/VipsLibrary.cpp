@@ -88,7 +88,11 @@ gint64 VipsInput::read(VipsSourceCustom* /*source*/, void* buffer, gint64 length
     // One byte more than allowed, to tell a file that goes on from one that ends.
     const auto wanted = size_t(std::min<int64_t>(length, input->allowance_ + 1));
     const auto got = input->file_.read(input->position_, {static_cast<std::byte*>(buffer), wanted});
-    if (!got || int64_t(*got) > input->allowance_) return -1;
+    if (!got) return -1;
+    if (int64_t(*got) > input->allowance_) {
+        input->isOverAllowance_ = true;
+        return -1;
+    }
     input->allowance_ -= int64_t(*got);
     input->position_ += int64_t(*got);
     return gint64(*got);

@@ -57,6 +57,9 @@ public:
     // believes the lengths that a file states, and would hold that much of it in memory.
     void allow(int64_t bytes) { allowance_ = bytes; }
 
+    // Whether reading has failed because more was asked for.
+    bool isOverAllowance() const { return isOverAllowance_; }
+
 private:
     static gint64 read(VipsSourceCustom* source, void* buffer, gint64 length, VipsInput* input);
     static gint64 seek(VipsSourceCustom* source, gint64 offset, int whence, VipsInput* input);
@@ -66,6 +69,7 @@ private:
     const FS::CancelCheck& isCancelled_;
     int64_t position_ = 0;
     int64_t allowance_ = 0;
+    bool isOverAllowance_ = false;
     VipsSourceCustom* source_;
 };
 

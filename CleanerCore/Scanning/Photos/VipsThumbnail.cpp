@@ -91,24 +91,33 @@ public:
     Decoding(const VipsLibrary& vips, const RegularFile& file, const FS::CancelCheck& isCancelled)
         : vips_(vips), file_(file), isCancelled_(isCancelled), input_(vips, file, isCancelled) {}
 
-    std::optional<Thumbnail> read(const Loader& loader) {
+    ThumbnailResult read(const Loader& loader) {
         const int64_t size = file_.size();
         // To open a file that is held reads all of it into memory, and kills the program when that runs out.
-        if (size > (loader.isHeldWhole ? largestFileHeld : largestFile)) return std::nullopt;
-        if (size > largestFileAtOnce && !turn_.take(isCancelled_)) return std::nullopt;
+        if (size > (loader.isHeldWhole ? largestFileHeld : largestFile)) return tooLarge();
+        if (size > largestFileAtOnce && !turn_.take(isCancelled_)) return none();
         input_.allow(mostBesidePicture + (loader.isHeldWhole ? size : 0));
         const Image image = open(loader);
-        if (!image || !isAffordable(*image, loader)) return std::nullopt;
+        if (!image) return none();
+        if (!isAffordable(*image, loader)) return tooLarge();
+        if (isHeavy(*image, loader) && !turn_.take(isCancelled_)) return none();
         input_.allow(mostBesidePicture + 2 * pictureBytes(*image));
         const Image plain = isPlain(*image) ? nullptr : converted(image.get());
-        if (!isPlain(*image) && !plain) return std::nullopt;
+        if (!isPlain(*image) && !plain) return none();
         const auto grey = reduced(plain ? plain.get() : image.get());
-        if (!grey) return std::nullopt;
+        if (!grey) return none();
         return Thumbnail{.image = turnedUpright(*grey, vips_.imageGetOrientation(image.get())),
                          .pixelCount = int64_t{image->Xsize} * image->Ysize};
     }
 
 private:
+    static ThumbnailResult tooLarge() { return std::unexpected(NoThumbnail::tooLarge); }
+
+    ThumbnailResult none() const {
+        if (input_.isOverAllowance()) return tooLarge();
+        return std::unexpected(NoThumbnail::noPicture);
+    }
+
     Image owned(VipsImage* image) const { return Image(image, Unref{&vips_}); }
 
     Image open(const Loader& loader) const {
@@ -125,15 +134,19 @@ private:
 
     int64_t pictureBytes(const VipsImage& image) const { return rowBytes(image) * image.Ysize; }
 
-    // Waits for its turn if the picture must be held and is large.
-    bool isAffordable(const VipsImage& image, const Loader& loader) {
+    bool isHeld(const VipsImage& image, const Loader& loader) const {
+        return loader.isHeldWhole || vips_.imageGetTypeof(&image, "interlaced") != 0;
+    }
+
+    bool isAffordable(const VipsImage& image, const Loader& loader) const {
         const int64_t pixels = int64_t{image.Xsize} * image.Ysize;
         if (rowBytes(image) > longestRow) return false;
-        if (!loader.isHeldWhole && vips_.imageGetTypeof(&image, "interlaced") == 0)
-            return pixels <= mostPixels;
-        const int64_t bytes = pictureBytes(image);
-        if (pixels > mostPixelsHeld || bytes > largestPictureHeld) return false;
-        return bytes <= largestPictureAtOnce || turn_.take(isCancelled_);
+        if (!isHeld(image, loader)) return pixels <= mostPixels;
+        return pixels <= mostPixelsHeld && pictureBytes(image) <= largestPictureHeld;
+    }
+
+    bool isHeavy(const VipsImage& image, const Loader& loader) const {
+        return isHeld(image, loader) && pictureBytes(image) > largestPictureAtOnce;
     }
 
     // 16 bits, floating point, inks and the like as eight-bit colour.
@@ -177,8 +190,8 @@ private:
     VipsInput input_;
 };
 
-std::optional<Thumbnail> decoded(const VipsLibrary& vips, const Loader& loader, const RegularFile& file,
-                                 const FS::CancelCheck& isCancelled) {
+ThumbnailResult decoded(const VipsLibrary& vips, const Loader& loader, const RegularFile& file,
+                        const FS::CancelCheck& isCancelled) {
     auto thumbnail = Decoding(vips, file, isCancelled).read(loader);
     // The library keeps failure messages, and buffers for each thread, until it is told to drop them.
     vips.errorClear();
@@ -188,18 +201,20 @@ std::optional<Thumbnail> decoded(const VipsLibrary& vips, const Loader& loader, 
 
 } // namespace
 
-std::optional<Thumbnail> vipsThumbnail(const RegularFile& file, ImageKind kind,
-                                       const FS::CancelCheck& isCancelled) {
+ThumbnailResult vipsThumbnail(const RegularFile& file, ImageKind kind, const FS::CancelCheck& isCancelled) {
+    const auto none = std::unexpected(NoThumbnail::noPicture);
     const VipsLibrary* vips = VipsLibrary::get();
     const auto* loader = std::ranges::find(loaders, kind, &Loader::kind);
-    if (vips == nullptr || loader == loaders.end()) return std::nullopt;
+    if (vips == nullptr || loader == loaders.end()) return none;
     if (!loader->isHeldWhole) return decoded(*vips, *loader, file, isCancelled);
     auto own = file.duplicate();
-    if (!own) return std::nullopt;
+    if (!own) return none;
     const auto owned = std::make_shared<RegularFile>(std::move(*own));
-    return unlessCancelled<Thumbnail>(isCancelled, [=](const FS::CancelCheck& isAbandoned) {
-        return decoded(*vips, *loader, *owned, isAbandoned);
-    });
+    const auto thumbnail =
+        unlessCancelled<ThumbnailResult>(isCancelled, [=](const FS::CancelCheck& isAbandoned) {
+            return std::optional(decoded(*vips, *loader, *owned, isAbandoned));
+        });
+    return thumbnail.value_or(none);
 }
 
 } // namespace loftmere
