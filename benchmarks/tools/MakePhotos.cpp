@@ -1,9 +1,11 @@
 // Makes JPEG files that are as laborious to decode as photographs, all of different scenes:
 //
-//     MakePhotos FOLDER COUNT
+//     MakePhotos FOLDER COUNT [camera]
 //
-// Their sizes run from 1 to 12 megapixels. A scene is noise in octaves, coarse to fine with falling strength,
-// as light and surfaces are in nature, with the noise of a sensor on top. Every tenth file is progressive.
+// A scene is noise in octaves, coarse to fine with falling strength, as light and surfaces are in nature,
+// with the noise of a sensor on top. Sizes run from 1 to 12 megapixels, and every tenth file is progressive.
+// With "camera" they are as cameras write them: 12 to 24 megapixels, never progressive, in higher quality,
+// half of them with colours at half the height as well as half the width, every third with restart markers.
 // The same arguments give the same files.
 #include "CleanerCore/Support/Crew.h"
 
@@ -83,12 +85,34 @@ private:
     std::vector<Octave> light_, blue_, red_;
 };
 
-void writePhoto(const std::string& path, uint32_t number) {
-    std::mt19937 random(number);
-    const double megapixels = 1 + 11 * std::pow(double(random() % 1000) / 1000, 1.2);
+struct Photo {
+    int width;
+    int height;
+    int quality;
+    bool isProgressive = false;
+    bool hasHalfTheColorRows = true;
+    int rowsBetweenRestarts = 0; // in units of 8 or 16 pixels; 0 for none
+};
+
+Photo anyPhoto(std::mt19937& random, uint32_t number, bool fromCamera) {
+    const double share = double(random() % 1000) / 1000;
+    const double megapixels = fromCamera ? 12 + 12 * share : 1 + 11 * std::pow(share, 1.2);
     const double aspect = random() % 2 == 0 ? 4.0 / 3 : 2.0 / 3;
     const int width = int(std::sqrt(megapixels * 1e6 * aspect));
-    const int height = int(width / aspect);
+    Photo photo{.width = width, .height = int(width / aspect), .quality = 80 + int(random() % 13)};
+    if (fromCamera) {
+        photo.quality += 5;
+        photo.hasHalfTheColorRows = number % 2 == 0;
+        photo.rowsBetweenRestarts = number % 3 == 0 ? 1 : 0;
+    } else {
+        photo.isProgressive = number % 10 == 0;
+    }
+    return photo;
+}
+
+void writePhoto(const std::string& path, uint32_t number, bool fromCamera) {
+    std::mt19937 random(number);
+    const Photo photo = anyPhoto(random, number, fromCamera);
     std::FILE* file = std::fopen(path.c_str(), "wb");
     if (file == nullptr) std::exit(1);
 
@@ -97,17 +121,19 @@ void writePhoto(const std::string& path, uint32_t number) {
     encoder.err = jpeg_std_error(&errors);
     jpeg_create_compress(&encoder);
     jpeg_stdio_dest(&encoder, file);
-    encoder.image_width = JDIMENSION(width);
-    encoder.image_height = JDIMENSION(height);
+    encoder.image_width = JDIMENSION(photo.width);
+    encoder.image_height = JDIMENSION(photo.height);
     encoder.input_components = 3;
     encoder.in_color_space = JCS_YCbCr;
     jpeg_set_defaults(&encoder);
-    jpeg_set_quality(&encoder, 80 + int(random() % 13), TRUE);
-    if (number % 10 == 0) jpeg_simple_progression(&encoder);
+    jpeg_set_quality(&encoder, photo.quality, TRUE);
+    encoder.restart_in_rows = photo.rowsBetweenRestarts;
+    if (!photo.hasHalfTheColorRows) encoder.comp_info[0].v_samp_factor = 1;
+    if (photo.isProgressive) jpeg_simple_progression(&encoder);
     jpeg_start_compress(&encoder, TRUE);
-    Scene scene(number, width, height);
-    std::vector<uint8_t> pixels(size_t(width) * 3);
-    for (int y = 0; y < height; ++y) {
+    Scene scene(number, photo.width, photo.height);
+    std::vector<uint8_t> pixels(size_t(photo.width) * 3);
+    for (int y = 0; y < photo.height; ++y) {
         scene.row(y, pixels);
         JSAMPROW row = pixels.data();
         jpeg_write_scanlines(&encoder, &row, 1);
@@ -120,9 +146,10 @@ void writePhoto(const std::string& path, uint32_t number) {
 } // namespace
 
 int main(int count, char** arguments) {
-    if (count != 3) return 2;
+    const bool fromCamera = count == 4 && std::string(arguments[3]) == "camera";
+    if (count != 3 && !fromCamera) return 2;
     const std::string folder = arguments[1];
     loftmere::concurrentPerform(size_t(std::atoi(arguments[2])), [&](size_t i) {
-        writePhoto(fmt::format("{}/{:04}.jpg", folder, i), uint32_t(i));
+        writePhoto(fmt::format("{}/{:04}.jpg", folder, i), uint32_t(i), fromCamera);
     });
 }
