@@ -2,6 +2,7 @@
 
 #include "LoftmereApp/Model/MainThread.h"
 
+#include <cassert>
 #include <functional>
 #include <map>
 #include <memory>
@@ -41,6 +42,27 @@ private:
     std::shared_ptr<List> list_ = std::make_shared<List>();
     int next_ = 0;
 };
+
+inline Observation Observers::add(std::function<void()> observer) {
+    const int key = next_++;
+    list_->emplace(key, std::move(observer));
+    const auto forget = [list = std::weak_ptr(list_), key](void*) {
+        if (const auto still = list.lock()) still->erase(key);
+    };
+    return Observation(std::shared_ptr<void>(static_cast<void*>(nullptr), forget));
+}
+
+inline void Observers::notify() const {
+    // A copy, because an observer may begin and end observations, its own and those of others.
+    const List observers = *list_;
+    for (const auto& [key, observer] : observers) {
+        if (list_->contains(key)) observer();
+    }
+}
+
+inline void Observers::checkThread() const {
+    assert(main_->isCurrent() && "a field of the model was used off the main thread");
+}
 
 // A field of the model. Every assignment notifies the observers before the new value is visible. Only the
 // main thread may read and write it.
