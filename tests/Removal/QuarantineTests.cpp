@@ -254,6 +254,15 @@ TEST_F(QuarantineTest, TakesNothingThatItWouldNotBringBack) {
     EXPECT_EQ(test::filesBelow(elsewhere.path()), "Downloads/a=a\n");
 }
 
+TEST_F(QuarantineTest, TakesNoFolderWithAVolumeMountedBelow) {
+    const std::string file = home.file("documents/file", "kept");
+    const test::Mounted mounted("--bind " + home.at("documents"), home.folder("cache/deeper/bound"));
+    if (!mounted.done) GTEST_SKIP() << "needs root";
+    begin();
+    EXPECT_THAT(add(home.at("cache")).error().message, HasSubstr("another volume is mounted there"));
+    EXPECT_TRUE(fs::exists(home.at("cache/deeper/bound/file")));
+}
+
 TEST_F(QuarantineTest, BringsBackToAHomeThatIsReachedByALink) {
     const TemporaryHome elsewhere;
     const Paths linked(elsewhere.link("linked", home.path()));

@@ -1,6 +1,7 @@
 #include "CleanerCore/Removal/Quarantine/QuarantineWriter.h"
 
 #include "CleanerCore/Platform/Removal.h"
+#include "CleanerCore/Platform/Volume.h"
 #include "CleanerCore/Support/PathText.h"
 #include "CleanerCore/Support/Text.h"
 
@@ -36,10 +37,25 @@ Failure noWayBack(const std::string& path, const std::string& reason) {
         fmt::format("{} could not be brought back from quarantine: {}", printable(path), reason));
 }
 
+// What is mounted would come along, and a purge would empty it.
+bool hasMountBelow(const Place& place, const std::vector<std::string>& mountPoints) {
+    return std::ranges::any_of(mountPoints, [&](const std::string& point) {
+        if (!isAtOrUnder(point, place.realPath())) return false;
+        const auto mounted = Place::open(point);
+        return mounted && mounted->isMountPoint();
+    });
+}
+
+Failure mountedBelow(const std::string& path) {
+    return Failure::saying(
+        fmt::format("Could not move {}: another volume is mounted there", printable(path)));
+}
+
 } // namespace
 
 QuarantineWriter::QuarantineWriter(const Paths& paths, QuarantineFolder folder, FileLock lock)
     : policy_(paths, {}),
+      mountPoints_(mountPoints()),
       folder_(std::move(folder)),
       lock_(std::move(lock)),
       nextSave_(firstSave),
@@ -73,6 +89,7 @@ Status QuarantineWriter::add(const Place& place, QuarantineEntry entry, Quaranti
     const auto stored = folder_.item(entry.storedName);
     if (!stored) return failed(QuarantineError::missing(folder_.itemPath(entry.storedName)));
     if (place.isOnAnotherVolume(*stored)) return failed(QuarantineError::differentVolume(place.name()));
+    if (hasMountBelow(place, mountPoints_)) return failed(mountedBelow(entry.originalPath));
     if (auto announced = ensureAnnounced(entry); !announced) return announced;
     // Some file systems report an error for a rename that they have done. The name was free before.
     if (auto moved = moveItem(place, *stored); !moved && !stored->status()) {

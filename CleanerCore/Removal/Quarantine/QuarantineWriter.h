@@ -48,6 +48,7 @@ private:
     void saveNowAndThen(const QuarantineSession& session);
 
     SafetyPolicy policy_; // without the user's own rules
+    std::vector<std::string> mountPoints_;
     QuarantineFolder folder_;
     FileLock lock_;
     size_t count_ = 0;    // entries of the session
