@@ -52,8 +52,9 @@ void printGroup(Program& program, const Group& group, const std::vector<Row>& ro
     printHeading(console, group.heading, extent);
     std::string note = group.note;
     if (group.action == CleanAction::quarantine) {
-        const auto days = static_cast<size_t>(program.model().config->quarantineRetentionDays);
-        note = fmt::format("Quarantined items can be restored for {}.", counted(days, "day"));
+        const int64_t days = std::max<int64_t>(program.model().config->quarantineRetentionDays, 0);
+        note = fmt::format("Quarantined items can be restored for {}.",
+                           counted(static_cast<size_t>(days), "day"));
     }
     if (!note.empty()) printParagraph(console, Ink::dim, note, noteIndent);
     printRows(console, rows, verbose);

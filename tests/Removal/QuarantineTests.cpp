@@ -128,7 +128,8 @@ TEST_F(QuarantineTest, HasNoSessionsBehindALink) {
 
 TEST_F(QuarantineTest, IsWrittenByOneRunAtATime) {
     Quarantine other(home.paths());
-    begin(0);
+    begin(-1);
+    EXPECT_EQ(session.expiresAt, start);
     ASSERT_TRUE(add(home.file("a", "a")));
     const auto refused = HasSubstr("written by another run");
     EXPECT_THAT(messagesOf(other.restore(session.id, std::nullopt)), ElementsAre(refused));

@@ -68,6 +68,10 @@ TEST_F(TerminalClean, ChangesNothingUnlessToldTo) {
 }
 
 TEST_F(TerminalClean, PreviewTellsOfEachItemWhatTheCleanThenDoes) {
+    home.file("Library/Application Support/Ostrel Loftmere/config.json",
+              R"({"quarantineRetentionDays": -1})");
+    EXPECT_THAT(run({"clean", "--all", "--dry-run"}).out, HasSubstr("can be restored for 0 days."));
+    home.file("Library/Application Support/Ostrel Loftmere/config.json", "{}");
     const auto preview = run({"clean", "--all", "--dry-run"});
     const std::string removed = preview.out.substr(0, preview.out.find("Quarantine (undo)"));
     EXPECT_THAT(removed, HasSubstr("Delete immediately"));

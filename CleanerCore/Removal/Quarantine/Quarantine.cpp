@@ -53,7 +53,7 @@ Result<QuarantineSession> Quarantine::beginSession(const TriggerSource& trigger,
     const QuarantineSession session{
         .id = newSessionID(paths_, now),
         .createdAt = now,
-        .expiresAt = addSeconds(now, static_cast<double>(retentionDays) * secondsOfDay),
+        .expiresAt = addSeconds(now, std::max(static_cast<double>(retentionDays), 0.0) * secondsOfDay),
         .trigger = trigger,
         .entries = {},
     };

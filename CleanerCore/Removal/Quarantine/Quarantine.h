@@ -30,7 +30,8 @@ public:
     Quarantine(const Quarantine&) = delete;
     Quarantine& operator=(const Quarantine&) = delete;
 
-    // Makes a session's folder. It expires `retentionDays` after `now`, whatever the setting becomes later.
+    // Makes a session's folder. It expires `retentionDays` after `now`, whatever the setting becomes later. A
+    // negative number means none.
     Result<QuarantineSession> beginSession(const TriggerSource& trigger, int64_t retentionDays, Date now);
 
     // Says what is likely to be added next, in that order. Only a matter of speed: each addition waits for
