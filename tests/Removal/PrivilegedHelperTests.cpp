@@ -217,18 +217,6 @@ TEST(PrivilegedHelperTests, LeavesTheFolderOfALaterSessionAlone) {
     EXPECT_TRUE(fs::exists(helper.at("priv/of the later session")));
 }
 
-TEST(PrivilegedHelperTests, WritesToNothingButItsPipe) {
-    const Helper helper("READ_LIMIT=20\n"); // it must not look round before the request comes
-    const std::string victim = helper.make("outside/victim");
-    fs::rename(helper.at("priv/out"), helper.at("priv/aside"));
-    fs::create_symlink(victim, helper.at("priv/out"));
-    const int requests = ::open(helper.at("priv/cmd").c_str(), O_WRONLY | O_CLOEXEC);
-    EXPECT_EQ(::write(requests, "guess PING\n", 11), 11);
-    ::close(requests);
-    EXPECT_TRUE(helper.ends());
-    EXPECT_EQ(fs::file_size(victim), 7);
-}
-
 TEST(PrivilegedHelperTests, RunsNothingThatIsAddedToItsFile) {
     const TemporaryHome outside;
     const Helper helper("trap 'touch " + outside.at("ended") + "' EXIT\n");
