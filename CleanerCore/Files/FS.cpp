@@ -1,8 +1,6 @@
 #include "CleanerCore/Files/FS.h"
 
-#include "CleanerCore/Platform/FileFlags.h"
 #include "CleanerCore/Platform/FileStatus.h"
-#include "CleanerCore/Platform/SizeWalk.h"
 #include "CleanerCore/Platform/TreeWalk.h"
 #include "CleanerCore/Platform/Volume.h"
 #include "CleanerCore/Support/PathText.h"

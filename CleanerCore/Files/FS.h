@@ -1,6 +1,5 @@
 #pragma once
 
-#include "CleanerCore/Platform/Directory.h"
 #include "CleanerCore/Platform/TreeWalk.h"
 #include "CleanerCore/Support/ByteCount.h"
 #include "CleanerCore/Support/Date.h"

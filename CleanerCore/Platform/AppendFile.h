@@ -1,6 +1,6 @@
 #pragma once
 
-#include "CleanerCore/Platform/posix/FileDescriptor.h"
+#include "CleanerCore/Platform/FileDescriptor.h"
 #include "CleanerCore/Support/Result.h"
 
 #include <string>
@@ -8,16 +8,17 @@
 
 namespace loftmere {
 
-// A file of lines that only grows. Several processes may append to it at a time.
+// A file of lines that only grows. Several processes may append to it at the same time.
 class AppendFile {
 public:
     enum class FinalLink { refuse, follow };
 
-    // Makes the file when it is missing, for the user alone, with its parent folders. Fails for what is no regular file.
+    // Creates a missing file, for the user alone, with its parent folders. Fails for anything but a regular
+    // file.
     static Result<AppendFile> open(const std::string& path, FinalLink link);
 
-    // Adds whole lines at the end in one write. A line that a crash has left torn is ended first, so that it
-    // never swallows what comes after it. On failure a torn line may stay behind.
+    // Adds whole lines at the end in one write. A line that a crash has cut off is ended first, so that it
+    // never swallows the next one. On failure a torn line may stay behind.
     Status append(std::string_view lines);
 
     // Puts what was appended on the disk.

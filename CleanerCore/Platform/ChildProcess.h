@@ -1,6 +1,6 @@
 #pragma once
 
-#include "CleanerCore/Platform/posix/FileDescriptor.h"
+#include "CleanerCore/Platform/FileDescriptor.h"
 #include "CleanerCore/Support/Result.h"
 
 #include <sys/types.h>
@@ -26,7 +26,7 @@ class ChildProcess {
 public:
     using Deadline = std::chrono::steady_clock::time_point;
 
-    // What one stream may bring; all beyond is thrown away and the output counts as not readable.
+    // How much of one stream is kept. The rest is thrown away, and the output then counts as incomplete.
     static constexpr size_t outputLimit = size_t{256} << 20;
 
     // Starts a program. It gets this process's environment, working folder and standard input, its outputs
@@ -35,31 +35,31 @@ public:
     static Result<std::unique_ptr<ChildProcess>> start(const std::string& executable,
                                                        const std::vector<std::string>& arguments);
 
-    // What still runs or writes by now is left to itself: a thread of its own takes away what is still
-    // written, so that nobody is killed by a broken pipe, and clears the ended child away.
+    // A child that still runs or writes is left to itself. A thread reads what it still writes, so that a
+    // broken pipe kills nobody, and collects the child's status when it ends.
     ~ChildProcess();
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;
 
-    // Both take in output while they wait and answer false when the deadline comes first: until the child has
-    // ended; until both outputs have come to their end too, which somebody who inherited them can put off.
+    // Wait until the child has ended, and until both outputs have ended too, which somebody who inherited
+    // them can delay. Both read output while they wait, and answer false when the deadline comes first.
     bool waitForEnd(Deadline deadline);
     bool waitForOutput(Deadline deadline);
 
     void terminate(); // asks with SIGTERM
-    void kill();      // does not ask
+    void kill();      // SIGKILL
 
     // Of an ended child: its exit status, or the number of the signal that ended it.
     int32_t status() const { return status_; }
 
-    // What came so far, any bytes; complete when nothing had to be thrown away.
+    // What the child has written so far, any bytes. Complete when nothing had to be thrown away.
     const std::string& out() const { return out_.bytes; }
     const std::string& err() const { return err_.bytes; }
     bool outputIsComplete() const { return !out_.overflowed && !err_.overflowed; }
 
 private:
     struct Stream {
-        FileDescriptor source; // none when it has come to its end
+        FileDescriptor source; // none when the stream has ended
         std::string bytes;
         bool overflowed = false;
 
@@ -72,7 +72,7 @@ private:
     void noteEnd();
     void signal(int number) const;
 
-    pid_t pid_ = -1; // none when the child has ended and is cleared away
+    pid_t pid_ = -1; // none when the child has ended and its status is known
     int32_t status_ = 0;
     FileDescriptor endNotice_;
     Stream out_;

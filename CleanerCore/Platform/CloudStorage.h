@@ -10,8 +10,8 @@
 // thread.
 namespace loftmere::CloudStorage {
 
-// Deletes the item in step with whoever else is at work on it. Where the system knows no such coordination,
-// or it cannot be had, this is the plain removal; when both fail, the coordination's failure is told.
+// Deletes the item in coordination with others who use it. Where the system has no such coordination, or it
+// fails, this is the plain removal. When both fail, the coordination's failure is the one reported.
 Status coordinatedRemove(const Place& place);
 
 // Whether the item's content is on this machine; absent where the system keeps no such status.
@@ -20,7 +20,7 @@ std::optional<bool> isContentLocal(const std::string& path);
 // Releases the local copy of a file in iCloud Drive.
 Status evict(const std::string& path);
 
-// Whether this system can do that at all; the failure is the one that `evict` would answer.
+// Whether this system can do that at all. The failure is the one that `evict` would report.
 Status mayEvict();
 
 } // namespace loftmere::CloudStorage

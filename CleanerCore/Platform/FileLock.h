@@ -1,7 +1,6 @@
 #pragma once
 
-#include "CleanerCore/Platform/posix/FileDescriptor.h"
-#include "CleanerCore/Support/Result.h"
+#include "CleanerCore/Platform/FileDescriptor.h"
 
 #include <expected>
 #include <optional>
@@ -9,19 +8,14 @@
 
 namespace loftmere {
 
-class Place;
-
-// An advisory lock, held by one owner at a time until it is released, destroyed, or the process ends. Any
-// thread.
+// An advisory lock, held by one owner at a time until it is released, destroyed, or the process ends. A
+// folder is locked with `OpenFolder::lock`. Any thread.
 class FileLock {
 public:
-    // On a file that stays on disk for good: it is its lock, not its presence, that counts. Makes the parent
-    // folder and the file where they are missing. Absent when another holds the lock or when the file cannot
-    // be opened; never waits.
+    // On a file that stays on disk for ever: its lock counts, not its presence. Creates the file and its
+    // parent folders where they are missing. Absent when another holds the lock or when the file cannot be
+    // opened. Never waits.
     static std::optional<FileLock> acquire(const std::string& path);
-
-    // On the folder at a place, as `OpenFolder::lock`.
-    static Result<FileLock> acquireFolder(const Place& place);
 
     ~FileLock() { release(); }
     FileLock(FileLock&&) noexcept = default;

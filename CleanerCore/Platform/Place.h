@@ -1,9 +1,8 @@
 #pragma once
 
-#include "CleanerCore/Platform/Directory.h"
+#include "CleanerCore/Platform/FileDescriptor.h"
 #include "CleanerCore/Platform/FileLock.h"
 #include "CleanerCore/Platform/FileStatus.h"
-#include "CleanerCore/Platform/posix/FileDescriptor.h"
 #include "CleanerCore/Support/Result.h"
 
 #include <expected>
@@ -115,9 +114,6 @@ public:
     Result<OpenFolder> asFolder(Missing missing = Missing::fail) const {
         return parent_.subfolder(name_, missing);
     }
-
-    // A name in the folder that is here.
-    Result<Place> below(const std::string& name, Missing missing = Missing::fail) const;
 
     // Puts the entries of the folder that holds the item on the disk.
     Status sync() const { return parent_.sync(); }

@@ -1,6 +1,6 @@
 #include "CleanerCore/Safety/LinkResolver.h"
 
-#include "CleanerCore/Platform/Access.h"
+#include "CleanerCore/Platform/FileStatus.h"
 #include "CleanerCore/Safety/PathKey.h"
 #include "CleanerCore/Support/PathText.h"
 #include "CleanerCore/Support/Text.h"

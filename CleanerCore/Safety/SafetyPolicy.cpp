@@ -1,6 +1,6 @@
 #include "CleanerCore/Safety/SafetyPolicy.h"
 
-#include "CleanerCore/Platform/Access.h"
+#include "CleanerCore/Platform/FileStatus.h"
 #include "CleanerCore/Platform/Place.h"
 #include "CleanerCore/Safety/CloudPaths.h"
 #include "CleanerCore/Safety/LinkResolver.h"

@@ -2,9 +2,8 @@
 
 #include "CleanerCore/Files/FS.h"
 #include "CleanerCore/Files/JSONStore.h"
-#include "CleanerCore/Platform/DescriptorLimit.h"
-#include "CleanerCore/Platform/Directory.h"
-#include "CleanerCore/Platform/User.h"
+#include "CleanerCore/Platform/FileStatus.h"
+#include "CleanerCore/Platform/System.h"
 #include "CleanerCore/Scanning/ScannerRegistry.h"
 #include "CleanerCore/Support/PathText.h"
 #include "LoftmereApp/Model/AppModelWork.h"

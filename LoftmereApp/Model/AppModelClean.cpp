@@ -1,7 +1,7 @@
 #include "CleanerCore/Automation/ScheduledRunner.h"
 #include "CleanerCore/Files/FS.h"
 #include "CleanerCore/Platform/FileLock.h"
-#include "CleanerCore/Platform/RandomBytes.h"
+#include "CleanerCore/Platform/System.h"
 #include "CleanerCore/Removal/Cleaning/Cleaner.h"
 #include "LoftmereApp/Model/AppModelWork.h"
 

@@ -1,4 +1,3 @@
-#include "CleanerCore/Platform/SizeWalk.h"
 #include "CleanerCore/Platform/TreeWalk.h"
 #include "CleanerCore/Support/Text.h"
 #include "tests/Support/FewDescriptors.h"

@@ -1,5 +1,5 @@
-#include "CleanerCore/Platform/AdminCommands.h"
 #include "CleanerCore/Platform/NamedPipe.h"
+#include "CleanerCore/Platform/System.h"
 #include "CleanerCore/Process/Shell.h"
 #include "CleanerCore/Removal/Administrator/PrivilegedSession.h"
 #include "CleanerCore/Support/Crypto.h"

@@ -405,7 +405,7 @@ TEST_F(QuarantineTest, BelievesTheDiskAboutARename) {
 TEST_F(QuarantineTest, MakesParentsAgainThatAreDeeperThanPathsMayBe) {
     begin();
     Place place = *Place::open(home.at("deep"));
-    for (int i = 0; i < 40; ++i) place = *place.below(std::string(200, 'd'), Place::Missing::create);
+    for (int i = 0; i < 40; ++i) place = place.asFolder(Place::Missing::create)->entry(std::string(200, 'd'));
     ASSERT_TRUE(moveItem(*Place::open(home.file("a", "a")), place));
     ASSERT_TRUE(add(place.realPath()));
     ASSERT_TRUE(removeItem(*Place::open(home.at("deep"))));

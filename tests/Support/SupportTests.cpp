@@ -1,4 +1,4 @@
-#include "CleanerCore/Platform/User.h"
+#include "CleanerCore/Platform/System.h"
 #include "CleanerCore/Support/ByteCount.h"
 #include "CleanerCore/Support/Crew.h"
 #include "CleanerCore/Support/Crypto.h"

@@ -1,8 +1,8 @@
 #include "CleanerCore/Platform/FileContent.h"
 #include "CleanerCore/Platform/Removal.h"
-#include "CleanerCore/Platform/User.h"
+#include "CleanerCore/Platform/System.h"
 #include "CleanerCore/Platform/posix/Calls.h"
-#include "CleanerCore/Platform/posix/TrashFolder.h"
+#include "CleanerCore/Platform/posix/RemovalParts.h"
 #include "CleanerCore/Support/Date.h"
 #include "CleanerCore/Support/PathText.h"
 
@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::string_view noteEnding = ".trashinfo";
 
-// The freedesktop.org Trash of a home folder; the variable speaks of the current user's home only.
+// The freedesktop.org Trash of a home folder. The variable is only about the current user's home.
 std::string desktopTrash(const std::string& home) {
     const char* data =
         std::getenv("XDG_DATA_HOME"); // NOLINT(concurrency-mt-unsafe): nothing sets the environment
@@ -24,7 +24,7 @@ std::string desktopTrash(const std::string& home) {
     return joinPath(home, ".local/share/Trash");
 }
 
-// As in a URL: letters, digits, "/" and few others stand for themselves.
+// As in a URL: letters, digits, "/" and a few others stay as they are.
 std::string percentEncoded(const std::string& path) {
     constexpr std::string_view plain = "/-_.~";
     std::string text;
@@ -41,7 +41,7 @@ std::string infoOf(const Place& place) {
                        DateText::local(currentDate(), "%Y-%m-%dT%H:%M:%S"));
 }
 
-// The note is what reserves the name, so it is made first and never replaces another.
+// The note reserves the name, so it is made first and never replaces another.
 Status writeNote(const Place& note, const std::string& content) {
     const FileDescriptor fd(
         calls::open(note.folder(), note.name().c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0600));
@@ -53,12 +53,12 @@ Status writeNote(const Place& note, const std::string& content) {
     return failed(Failure::posix(error, "write", note.realPath()));
 }
 
-Status moveWithNote(const Place& place, const Place& info, const Place& files) {
+Status moveWithNote(const Place& place, const OpenFolder& info, const OpenFolder& files) {
     const std::string content = infoOf(place);
     return underFreeName(place.name(), noteEnding.size(), [&](const std::string& name) -> Status {
-        const Place note = info.beside(name + std::string(noteEnding));
+        const Place note = info.entry(name + std::string(noteEnding));
         if (auto written = writeNote(note, content); !written) return written;
-        auto moved = moveItem(place, files.beside(name));
+        auto moved = moveItem(place, files.entry(name));
         if (!moved) calls::unlink(note.folder(), note.name().c_str(), 0);
         return moved;
     });
@@ -66,23 +66,19 @@ Status moveWithNote(const Place& place, const Place& info, const Place& files) {
 
 } // namespace
 
-Status trashItem(const Place& place, const std::string& home) {
-    if (auto plain = Place::open(joinPath(home, ".Trash/" + place.name())))
-        return moveUnderFreeName(place, *plain);
+Status moveToOtherTrash(const Place& place, const std::string& home, Failure /*noTrashFolder*/) {
     const std::string trash = desktopTrash(home);
     for (const char* folder : {"info", "files"}) {
         if (auto made = createDirectories(joinPath(trash, folder), 0700); !made) return made;
     }
-    auto info = Place::open(joinPath(trash, "info/" + place.name()));
+    auto info = OpenFolder::open(joinPath(trash, "info"));
     if (!info) return failed(std::move(info.error()));
-    auto files = Place::open(joinPath(trash, "files/" + place.name()));
+    auto files = OpenFolder::open(joinPath(trash, "files"));
     if (!files) return failed(std::move(files.error()));
     return moveWithNote(place, *info, *files);
 }
 
-Status mayTrashItem(const Place& place, const std::string& home) {
-    if (const auto plain = Place::open(joinPath(home, ".Trash/" + place.name())))
-        return mayMoveItem(place, *plain);
+Status mayMoveToOtherTrash(const Place& place, const std::string& home) {
     const auto files = Place::nearest(joinPath(desktopTrash(home), "files/" + place.name()));
     return files ? mayMoveItem(place, *files) : Status{};
 }

@@ -34,7 +34,7 @@ bool isOnNetwork(const struct statfs& raw) {
            networkFileSystems.end();
 }
 
-// Whether the kernel calls the block device removable; a partition's device says so in its parent's folder.
+// Whether the kernel calls the block device removable. For a partition, its parent's folder says so.
 std::optional<bool> isRemovable(uint64_t device) {
     const std::string folder = fmt::format("/sys/dev/block/{}:{}/", major(device), minor(device));
     for (const char* place : {"removable", "../removable"}) {
@@ -49,7 +49,7 @@ bool isOctal(char c) {
     return c >= '0' && c <= '7';
 }
 
-// The kernel writes what would break its columns as a backslash and three octal digits.
+// The kernel writes characters that would break its columns as a backslash and three octal digits.
 std::string unescaped(const std::string& field) {
     std::string text;
     for (size_t i = 0; i < field.size(); ++i) {
@@ -66,7 +66,7 @@ std::string unescaped(const std::string& field) {
     return text;
 }
 
-// Cut off at an embedded NUL, another path than the one named would be judged.
+// Cut off at an embedded NUL, it would be another path than the one named.
 bool namesNothing(const std::string& path) {
     return path.find('\0') != std::string::npos;
 }

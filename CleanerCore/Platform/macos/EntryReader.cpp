@@ -9,7 +9,7 @@ namespace loftmere {
 
 namespace {
 
-// Takes a value off the packed answer, which keeps 4-byte alignment only.
+// Takes the next value from the packed answer, which is aligned to 4 bytes only.
 template <class T> T taken(const std::byte*& at) {
     T value;
     std::memcpy(&value, at, sizeof value);
@@ -42,7 +42,7 @@ bool EntryReader::read(int folder) {
     wanted.fileattr = ATTR_FILE_ALLOCSIZE; // of all forks
     const int got = ::getattrlistbulk(folder, &wanted, buffer_.get(), capacity, FSOPT_NOFOLLOW);
     count_ = got > 0 ? got : 0;
-    // The answer tells how many entries there are, not where they end.
+    // The answer says how many entries there are, not where they end.
     for (int64_t i = 0; i < count_; ++i) {
         uint32_t length = 0;
         std::memcpy(&length, buffer_.get() + end_, sizeof length);

@@ -6,7 +6,7 @@ namespace loftmere {
 
 namespace {
 
-// Cut off at an embedded NUL, another path than the one named would be judged.
+// Cut off at an embedded NUL, it would be another path than the one named.
 bool namesNothing(const std::string& path) {
     return path.find('\0') != std::string::npos;
 }

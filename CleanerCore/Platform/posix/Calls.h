@@ -8,19 +8,19 @@
 #include <cerrno>
 #include <cstdio>
 
-// Every system call of the platform layer that opens or changes something goes through here, so that the
-// tests can make the n-th one fail or end the process at it. In the product nobody sets the hook; it costs
-// one relaxed load.
+// Every system call of the platform layer that opens or changes something goes through here, so that tests
+// can make the n-th one fail or end the process there. The product never sets the hook; it costs one relaxed
+// load.
 namespace loftmere::calls {
 
 enum class Call { open, makeFolder, rename, unlink, write, sync, changeMode, truncate };
 
-// Asked before each call, on the thread that makes it: 0 lets it through, an errno value makes it fail with
-// that.
+// Asked before each call, on the thread that makes it. 0 lets the call through; an errno value makes it fail
+// with that value.
 using Hook = int (*)(Call);
 inline std::atomic<Hook> hook{nullptr};
 
-// Whether the call may be made; errno is set when not.
+// Whether the call may be made. Sets errno when not.
 inline bool permitted(Call call) {
     const Hook ask = hook.load(std::memory_order_relaxed);
     if (ask == nullptr) [[likely]]
@@ -30,7 +30,7 @@ inline bool permitted(Call call) {
     return error == 0;
 }
 
-// The calls themselves, with their own arguments and answers.
+// The calls themselves, with their own arguments and results.
 
 inline int open(int at, const char* path, int flags, mode_t mode = 0) {
     return permitted(Call::open) ? ::openat(at, path, flags | O_CLOEXEC, mode) : -1;
@@ -56,7 +56,7 @@ inline int changeMode(int fd, mode_t mode) {
     return permitted(Call::changeMode) ? ::fchmod(fd, mode) : -1;
 }
 
-// Of the item itself, a link not followed.
+// For the item itself; a link is not followed.
 inline int changeModeAt(int at, const char* path, mode_t mode) {
     return permitted(Call::changeMode) ? ::fchmodat(at, path, mode, AT_SYMLINK_NOFOLLOW) : -1;
 }

@@ -1,6 +1,6 @@
 #include "CleanerCore/Platform/ChildProcess.h"
 
-#include "CleanerCore/Platform/posix/ChildSystem.h"
+#include "CleanerCore/Platform/posix/SystemParts.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -23,7 +23,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// Where the system does not tell of a child's end by itself.
+// How often to ask where the system does not report a child's end by itself.
 constexpr std::chrono::milliseconds askAgain{50};
 
 // What the child is started with; freed with its owner.
@@ -58,7 +58,7 @@ struct SpawnPlan {
     }
 };
 
-// A pipe whose ends cannot be mistaken for the child's standard streams, also when ours are closed. The
+// A pipe whose ends cannot be mistaken for the child's standard streams, even when ours are closed. The
 // reading end does not block.
 Result<PipeEnds> outputPipe(const std::string& executable) {
     PipeEnds ends = makePipe();
@@ -76,7 +76,7 @@ Result<pid_t> spawn(const std::string& executable, const std::vector<std::string
                     int err) {
     std::vector<char*> words{const_cast<char*>(executable.c_str())};
     for (const std::string& argument : arguments) {
-        // It would arrive cut short, and mean something else.
+        // With a NUL in it, it would arrive cut short and mean something else.
         if (argument.find('\0') != std::string::npos)
             return failed(Failure::posix(EINVAL, "run", executable));
         words.push_back(const_cast<char*>(argument.c_str()));
@@ -150,9 +150,10 @@ ChildProcess::ChildProcess(FileDescriptor out, FileDescriptor err) {
 ChildProcess::~ChildProcess() {
     if (pid_ < 0 && outputsEnded()) return;
     try {
+        // Not one of the crew's helpers: a child that stays alive would keep it for ever.
         std::thread(clearAway, pid_, std::move(out_.source), std::move(err_.source)).detach();
     } catch (const std::system_error&) {
-        // No thread can be had: the pipes break, which is the lesser evil beside waiting here.
+        // There is no thread. The pipes break, which is better than waiting here.
     }
 }
 
@@ -194,7 +195,7 @@ void ChildProcess::noteEnd() {
     int ended = 0;
     const pid_t answer = ::waitpid(pid_, &ended, WNOHANG);
     if (answer == 0 || (answer < 0 && errno == EINTR)) return;
-    // A child whose end somebody else has learnt of cannot be said to have succeeded.
+    // When somebody else has collected the child's status, nobody can say that it succeeded.
     if (answer < 0)
         status_ = 1;
     else
@@ -212,7 +213,7 @@ void ChildProcess::kill() {
 }
 
 void ChildProcess::signal(int number) const {
-    // The number is still the child's: nobody but this object clears it away.
+    // The number still belongs to the child: only this object clears it away.
     if (pid_ > 0) ::kill(pid_, number);
 }
 

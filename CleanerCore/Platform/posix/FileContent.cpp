@@ -1,9 +1,14 @@
 #include "CleanerCore/Platform/FileContent.h"
 
+#include "CleanerCore/Platform/AppendFile.h"
+#include "CleanerCore/Platform/FileLock.h"
+#include "CleanerCore/Platform/FileStatus.h"
 #include "CleanerCore/Platform/posix/Calls.h"
-#include "CleanerCore/Platform/posix/FolderAccess.h"
-#include "CleanerCore/Platform/posix/NoAccessDate.h"
+#include "CleanerCore/Platform/posix/FileSystem.h"
 #include "CleanerCore/Support/PathText.h"
+#include "CleanerCore/Support/Text.h"
+
+#include <sys/file.h>
 
 #include <new>
 #include <random>
@@ -16,7 +21,7 @@ Result<std::string> readAll(int fd, const std::string& path, int64_t expected, i
     std::string content(static_cast<size_t>(expected), '\0');
     size_t filled = 0;
     while (true) {
-        if (filled == content.size()) content.resize(filled + 65536); // it may have grown since
+        if (filled == content.size()) content.resize(filled + 65536); // the file may have grown
         const ssize_t got = ::read(fd, content.data() + filled, content.size() - filled);
         if (got < 0 && errno == EINTR) continue;
         if (got < 0) return failed(Failure::posix(errno, "read", path));
@@ -44,7 +49,7 @@ void syncFolder(const std::string& folder) {
     if (fd) syncDescriptor(fd.get());
 }
 
-// A new file beside `path`, which nobody else has; its name is put into `aside`.
+// A new file beside `path` that nobody else has. Its name is put into `aside`.
 FileDescriptor openAside(const std::string& path, std::string& aside) {
     std::random_device random;
     FileDescriptor fd;
@@ -69,7 +74,7 @@ Status writeAside(int fd, const std::string& aside, const std::string& path, std
     return {};
 }
 
-// A folder that is there is as good as a new one, whatever the system says of making it again.
+// A folder that exists is as good as a new one, whatever the system says about making it again.
 bool makeOrFindFolder(const std::string& path, uint32_t mode) {
     if (calls::makeFolder(AT_FDCWD, path.c_str(), static_cast<mode_t>(mode)) == 0) return true;
     const int error = errno;
@@ -128,6 +133,58 @@ void makePrivate(const Place& place) {
 Status renameExclusively(const std::string& from, const std::string& to) {
     if (renameExclusivelyAt(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str()) == 0) return {};
     return failed(Failure::posix(errno, "move", from));
+}
+
+Result<AppendFile> AppendFile::open(const std::string& path, FinalLink link) {
+    const int flags = O_RDWR | O_APPEND | O_CREAT | O_NONBLOCK | (link == FinalLink::refuse ? O_NOFOLLOW : 0);
+    FileDescriptor fd(calls::open(AT_FDCWD, path.c_str(), flags, 0600));
+    if (!fd && errno == ENOENT) {
+        if (auto made = createDirectories(parentPath(path)); !made) return failed(std::move(made.error()));
+        fd = FileDescriptor(calls::open(AT_FDCWD, path.c_str(), flags, 0600));
+    }
+    if (!fd) return failed(Failure::posix(errno, "write", path));
+    const auto status = descriptorStatus(fd.get());
+    if (!status) return failed(Failure::posix(status.error(), "write", path));
+    if (status->type != FileType::regular)
+        return failed(Failure::saying("Could not write " + printable(path) + ": it is no regular file"));
+    return AppendFile(std::move(fd), path);
+}
+
+bool AppendFile::endsInTornLine() const {
+    struct stat status{};
+    char last = '\n';
+    if (::fstat(fd_.get(), &status) != 0 || status.st_size == 0) return false;
+    return ::pread(fd_.get(), &last, 1, status.st_size - 1) == 1 && last != '\n';
+}
+
+Status AppendFile::append(std::string_view lines) {
+    std::string ended;
+    if (endsInTornLine()) lines = ended = "\n" + std::string(lines);
+    return writeAll(fd_.get(), lines, path_);
+}
+
+Status AppendFile::sync() {
+    if (syncDescriptor(fd_.get()) == 0) return {};
+    return failed(Failure::posix(errno, "write", path_));
+}
+
+std::optional<FileLock> FileLock::acquire(const std::string& path) {
+    (void)createDirectories(parentPath(path)); // opening the file shows whether it worked
+    FileDescriptor fd(calls::open(AT_FDCWD, path.c_str(), O_RDWR | O_CREAT, 0644));
+    if (!fd || ::flock(fd.get(), LOCK_EX | LOCK_NB) != 0) return std::nullopt;
+    return FileLock(std::move(fd));
+}
+
+std::expected<FileLock, int> FileLock::onOpenFile(FileDescriptor fd) {
+    const bool isHeld = fd && ::flock(fd.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+    if (!fd || isHeld) return std::unexpected(errno);
+    return FileLock(std::move(fd));
+}
+
+void FileLock::release() {
+    // Closing is not enough while a child process that is just being started shares the descriptor.
+    if (fd_) ::flock(fd_.get(), LOCK_UN);
+    fd_.reset();
 }
 
 } // namespace loftmere

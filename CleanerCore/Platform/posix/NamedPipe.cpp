@@ -1,6 +1,6 @@
 #include "CleanerCore/Platform/NamedPipe.h"
 
-#include "CleanerCore/Platform/posix/FileDescriptor.h"
+#include "CleanerCore/Platform/FileDescriptor.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -22,9 +22,9 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
-constexpr short gone = POLLERR | POLLHUP | POLLNVAL; // at a pipe's writing end: nobody reads any more
+constexpr short gone = POLLERR | POLLHUP | POLLNVAL; // at the writing end: nobody reads any more
 
-// While it lives, a write to a broken pipe fails on this thread and kills nobody.
+// While it lives, a write to a broken pipe on this thread fails instead of ending the program.
 class BrokenPipeGuard {
 public:
     BrokenPipeGuard() {
@@ -34,7 +34,7 @@ public:
         ::pthread_sigmask(SIG_BLOCK, &brokenPipe_, &former_);
     }
     ~BrokenPipeGuard() {
-        // Ours must be taken away before the signal is let through again.
+        // Our own signal must be consumed before the signal is unblocked.
         int taken = 0;
         if (!wasPending_ && isPending()) ::sigwait(&brokenPipe_, &taken);
         ::pthread_sigmask(SIG_SETMASK, &former_, nullptr);
@@ -80,7 +80,7 @@ bool writeLine(int requests, std::string_view line, Clock::time_point deadline) 
     return true;
 }
 
-// Reads what the other writes until enough lines have come.
+// Reads what the other process writes until enough lines have come.
 class ReplyReader {
 public:
     ReplyReader(int replies, int requests, size_t stale)
@@ -92,8 +92,8 @@ public:
             ::poll(watched.data(), watched.size(), millisecondsLeft(deadline, milliseconds(200)));
             if (take() > 0) continue;
             if ((watched[1].revents & gone) != 0) break;
-            // An end of file before the reply: the next writer has not come yet. Some systems say so at once,
-            // again and again.
+            // An end of file before the reply means that the next writer has not come yet. Some systems
+            // report that at once, again and again.
             if (watched[0].revents != 0) std::this_thread::sleep_for(milliseconds(5));
         }
         if (complete()) drain();
@@ -112,7 +112,7 @@ private:
     size_t lineCount() const { return static_cast<size_t>(std::ranges::count(text_, '\n')); }
     bool complete() const { return lineCount() > stale_; }
 
-    // As read(2). A reply that was closed without a line end is one too.
+    // As read(2). A reply without a line end at the end of the file counts too.
     ssize_t take() {
         std::array<char, 8192> block;
         const ssize_t got = ::read(replies_, block.data(), block.size());
@@ -121,7 +121,7 @@ private:
         return got;
     }
 
-    // What the other says beyond the first line must not be there when the next question is asked.
+    // Whatever follows the first line must be gone when the next question is asked.
     void drain() {
         const auto deadline = Clock::now() + milliseconds(500);
         std::array<char, 8192> block;
@@ -150,10 +150,11 @@ Status makeNamedPipe(const std::string& path, uint32_t mode) {
 PipeAnswer askThroughPipes(const PipeQuestion& question) {
     const auto deadline = Clock::now() + std::chrono::duration_cast<Clock::duration>(
                                              std::chrono::duration<double>(question.timeout));
-    // Without blocking, this fails when nobody reads.
+    // Because it does not block, this fails when nobody reads.
     const FileDescriptor requests = openPipe(question.requests, O_WRONLY);
     if (!requests) return {};
-    // Before the question is written: the other may be held up by a stale reply that nobody reads.
+    // Before the question is written, because the other process may be blocked by a stale reply that nobody
+    // reads.
     const FileDescriptor replies = openPipe(question.replies, O_RDONLY);
     if (!replies) return {};
     if (!writeLine(requests.get(), question.line + "\n", deadline)) return {};

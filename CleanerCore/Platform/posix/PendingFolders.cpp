@@ -1,6 +1,6 @@
 #include "CleanerCore/Platform/posix/PendingFolders.h"
 
-#include "CleanerCore/Platform/posix/NoAccessDate.h"
+#include "CleanerCore/Platform/posix/FileSystem.h"
 
 #include <fcntl.h>
 
@@ -55,7 +55,7 @@ std::optional<PendingFolders::Task> PendingFolders::take() {
 void PendingFolders::addRest(Task& task, const Folder& folder) {
     const int id = enter(task, folder);
     nodes_[id].isPartlyRead = true;
-    nodes_[id].folder = folder; // the position is this descriptor's, not that of one opened again since
+    nodes_[id].folder = folder; // the position belongs to this descriptor, not to one opened again since
     amount_ += restWorth;
     push(id, {});
 }
@@ -70,8 +70,8 @@ void PendingFolders::finish(const Task& task) {
     release(task.node);
 }
 
-// The node of the folder that the task led to, which is a new one unless the task is about that folder
-// already. The task's hold on the parent passes to the new node.
+// The node of the folder that the task led to: a new one, unless the task is about that folder already. The
+// task's hold on the parent passes to the new node.
 int PendingFolders::enter(Task& task, const Folder& folder) {
     if (!task.name.empty()) {
         if (freeNodes_.empty()) {
@@ -126,7 +126,7 @@ void PendingFolders::close(int node) {
     --open_;
 }
 
-// Keeps to the limit. The deepest are needed first; one that is partly read must keep its position.
+// Keeps to the limit. The deepest are needed first, and one that is partly read must keep its position.
 void PendingFolders::closeShallowest() {
     for (; open_ > openLimit && closedBelow_ < units_.size(); ++closedBelow_) {
         const int node = units_[closedBelow_].node;
@@ -134,8 +134,8 @@ void PendingFolders::closeShallowest() {
     }
 }
 
-// Opens a folder again from the next one above that is open, and on the way those that will be needed after
-// it, so that the way is not gone for each of them.
+// Opens a folder again, starting at the nearest open one above it. Keeps open those on the way that will be
+// needed next, so that the way is not taken again for each of them.
 bool PendingFolders::reopen(int node) {
     std::vector<int> way;
     for (; !nodes_[node].folder; node = nodes_[node].parent) way.push_back(node);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "CleanerCore/Platform/posix/FileDescriptor.h"
+#include "CleanerCore/Platform/FileDescriptor.h"
 
 #include <cstddef>
 #include <memory>
@@ -11,10 +11,10 @@
 
 namespace loftmere {
 
-// Opens a real folder for reading, never through a final link and never anything else, its access date kept.
+// Opens a real folder for reading: no final link, and nothing but a folder. Its access date does not change.
 FileDescriptor openListedFolder(int folder, const char* name);
 
-// Names one behind the other, each ended by NUL: one allocation for many.
+// Names one after the other, each ended by NUL: one allocation for many.
 class PackedNames {
 public:
     void add(std::string_view name) { bytes_.append(name).push_back('\0'), ++count_; }
@@ -28,18 +28,18 @@ private:
     size_t count_ = 0;
 };
 
-// The folders of a tree that a walk has still to look into, deepest first. Subfolders are kept by name,
-// relative to their folder's descriptor; of the folders waiting here only so many stay open, and the others
-// are found again by the way down from the root, never through a link. Thus neither the depth of a tree nor
-// the length of its paths matters.
+// The folders of a tree that a walk must still look into, deepest first. Subfolders are kept by name,
+// relative to their folder's descriptor. Only a limited number of the waiting folders stays open; the others
+// are found again on the way down from the root, never through a link. So neither the depth of a tree nor the
+// length of its paths matters.
 //
 // Not for several threads at once: those who share it lock.
 class PendingFolders {
 public:
     using Folder = std::shared_ptr<const FileDescriptor>;
 
-    // What to do next: to open the subfolder `name` of `folder`, or, without a name, to go on reading
-    // `folder` itself.
+    // What to do next: open the subfolder `name` of `folder` or, without a name, go on reading `folder`
+    // itself.
     struct Task {
         int node = 0; // of `folder`
         Folder folder;
@@ -47,25 +47,26 @@ public:
         size_t pathLength = 0; // of the folder's path with a final "/", counted from that of the root
     };
 
-    // The root is to be read first. `rootPathLength` is where path lengths begin.
+    // The first task is to read the root. `rootPathLength` is where path lengths begin.
     explicit PendingFolders(FileDescriptor root, size_t rootPathLength = 0);
 
     bool empty() const { return units_.empty(); }
+
     // About how many folders wait; a folder that is read only in part counts for several.
     size_t amount() const { return amount_; }
 
-    // Takes the next task off. Absent when the one taken has vanished; ask again unless empty.
+    // Takes the next task. Absent when its folder has vanished; ask again unless empty.
     std::optional<Task> take();
 
-    // Whether a folder may be left to be read on later, which keeps it open.
+    // Whether the rest of a folder may be left for later, which keeps it open.
     bool canDefer() const { return open_ < openLimit / 2; }
 
-    // Hands in what was found in a folder that `task` led to and that was opened as `folder`: that it is to
-    // be read on, and subfolders to be looked into. Both change `task` to be about that folder from now on.
+    // Hands in what was found in the folder that `task` led to and that was opened as `folder`: that there is
+    // more to read in it, and its subfolders. Both make `task` be about that folder from then on.
     void addRest(Task& task, const Folder& folder);
     void addSubfolders(Task& task, const Folder& folder, PackedNames names);
 
-    // Every task taken must be given back once, after all that it led to was handed in.
+    // Every task taken must be finished once, after everything that it led to was handed in.
     void finish(const Task& task);
 
 private:
@@ -73,7 +74,7 @@ private:
     static constexpr size_t restWorth = 32;
     static constexpr int rootNode = 0; // always open
 
-    // A folder that waits for something, or that lies on the way to such a one.
+    // A folder that waits for something, or that is on the way to such a folder.
     struct Node {
         int parent = -1;
         int users = 0;   // units, tasks and nodes below it
@@ -86,7 +87,7 @@ private:
 
     struct Unit {
         int node = 0;
-        PackedNames names; // empty: the folder itself is to be read on
+        PackedNames names; // empty: there is more to read in the folder itself
     };
 
     int enter(Task& task, const Folder& folder);

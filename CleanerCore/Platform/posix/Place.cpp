@@ -1,10 +1,7 @@
 #include "CleanerCore/Platform/Place.h"
 
 #include "CleanerCore/Platform/posix/Calls.h"
-#include "CleanerCore/Platform/posix/EntryReader.h"
-#include "CleanerCore/Platform/posix/FolderAccess.h"
-#include "CleanerCore/Platform/posix/NoAccessDate.h"
-#include "CleanerCore/Platform/posix/StatusAt.h"
+#include "CleanerCore/Platform/posix/FileSystem.h"
 #include "CleanerCore/Support/PathText.h"
 
 #include <dirent.h>
@@ -36,7 +33,7 @@ bool sameItem(const struct stat& a, const struct stat& b) {
     return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
-// The name under which `folder` stands in `parent`; empty when it cannot be found there.
+// The name of `folder` in `parent`; empty when it cannot be found there.
 std::string nameWithin(int parent, const struct stat& folder) {
     const int fd = calls::open(parent, ".", O_RDONLY | O_DIRECTORY);
     if (fd < 0) return "";
@@ -50,8 +47,7 @@ std::string nameWithin(int parent, const struct stat& folder) {
     return "";
 }
 
-// The path that the system tells, when it really leads to the folder: of a folder that was deleted it is
-// invented.
+// The path that the system reports, if it really leads to the folder. For a deleted folder it is invented.
 std::string verifiedPath(int folder, const struct stat& status) {
     std::string path = pathOfFolder(folder);
     struct stat reached{};
@@ -59,7 +55,7 @@ std::string verifiedPath(int folder, const struct stat& status) {
     return path;
 }
 
-// Where the system cannot tell so long a path, the way up is read name by name until it can.
+// Where the path is too long for the system to report, this reads the way up name by name until it can.
 Result<std::string> realPathOf(const FileDescriptor& folder, const std::string& asked) {
     std::string below;
     FileDescriptor upper;
@@ -180,12 +176,6 @@ std::expected<FileStatus, int> Place::status() const {
 
 bool Place::isMountPoint() const {
     return isMountedOn(folder(), name_.c_str());
-}
-
-Result<Place> Place::below(const std::string& name, Missing missing) const {
-    auto inner = asFolder(missing);
-    if (!inner) return failed(std::move(inner.error()));
-    return inner->entry(name);
 }
 
 } // namespace loftmere

@@ -1,7 +1,6 @@
 #include "CleanerCore/Platform/RegularFile.h"
 
-#include "CleanerCore/Platform/posix/NoAccessDate.h"
-#include "CleanerCore/Platform/posix/ReadAhead.h"
+#include "CleanerCore/Platform/posix/FileSystem.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -16,7 +15,7 @@ bool isReadable(const FileStatus& status) {
     return status.type == FileType::regular && !status.placeholder;
 }
 
-// O_NONBLOCK, as something else may have taken the file's place since it was looked at.
+// O_NONBLOCK, because something else may have taken the file's place since it was looked at.
 FileDescriptor openWithoutWaiting(const std::string& path, int flags) {
     return openQuietly(AT_FDCWD, path.c_str(), O_NONBLOCK | flags);
 }

@@ -1,7 +1,6 @@
-#include "CleanerCore/Platform/SizeWalk.h"
-
+#include "CleanerCore/Platform/TreeWalk.h"
 #include "CleanerCore/Platform/posix/EntryReader.h"
-#include "CleanerCore/Platform/posix/NoAccessDate.h"
+#include "CleanerCore/Platform/posix/FileSystem.h"
 #include "CleanerCore/Platform/posix/PendingFolders.h"
 #include "CleanerCore/Support/Crew.h"
 #include "CleanerCore/Support/PathText.h"
@@ -29,7 +28,7 @@ constexpr int64_t never = std::numeric_limits<int64_t>::max();
 // is warm, and others need helpers too.
 constexpr int helpersForOthers = Crew::limit - 24;
 
-// A helper pays for its start when this many folders wait for each one that works.
+// Starting a helper is worth its cost when this many folders wait for each thread at work.
 constexpr size_t amountPerWorker = 24;
 
 class SizeWalk {
@@ -73,8 +72,8 @@ private:
 
 int64_t SizeWalk::run() {
     work();
-    // Whoever is out of work has seen nothing pending and nobody busy, or the stop: no helper is called after
-    // that.
+    // A thread that is out of work has seen nothing pending and nobody busy, or the stop. After that nobody
+    // calls a helper.
     helpers_.wait();
     return total_;
 }
@@ -85,7 +84,8 @@ void SizeWalk::work() {
     while (auto task = nextTask(lock)) {
         lock.unlock();
         Folder folder = look(*task, desk);
-        if (desk.subfolders.empty()) folder = task->folder = nullptr; // closed while others may go on
+        if (desk.subfolders.empty())
+            folder = task->folder = nullptr; // closed here, so that others need not wait for it
         lock.lock();
         if (folder) {
             pending_.addSubfolders(*task, folder, std::exchange(desk.subfolders, {}));
@@ -116,7 +116,7 @@ std::optional<Task> SizeWalk::nextTask(std::unique_lock<std::mutex>& lock) {
     return std::nullopt;
 }
 
-// Sees to it that what waits is taken up: by a thread that has run out of work, else by a new one.
+// Gets what waits taken up: by a thread that has run out of work, else by a new helper.
 void SizeWalk::callHelper() {
     if (idle_ > 0) {
         changed_.notify_one();
@@ -126,8 +126,8 @@ void SizeWalk::callHelper() {
     if (isWorthwhile && !isStopped()) helpers_.call(helpersForOthers);
 }
 
-// Reads the folder that the task leads to, adds up its files and gathers its subfolders. The answer is the
-// folder, none when it cannot be opened.
+// Reads the folder that the task leads to, adds up its files and collects its subfolders. Null when it cannot
+// be opened.
 Folder SizeWalk::look(Task& task, Desk& desk) {
     Folder folder = task.folder;
     if (!task.name.empty()) {
@@ -173,7 +173,7 @@ void SizeWalk::ask(int64_t number) {
 } // namespace
 
 int64_t allocatedBelow(const std::string& folder, const std::function<bool()>& cancel) {
-    // With a slash behind it, a link would be followed.
+    // A slash at the end would make the system follow a link.
     FileDescriptor root = openQuietly(std::string(withoutTrailingSlashes(folder)), O_DIRECTORY | O_NOFOLLOW);
     return root ? SizeWalk(std::move(root), cancel).run() : 0;
 }

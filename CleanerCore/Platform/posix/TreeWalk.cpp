@@ -1,9 +1,8 @@
 #include "CleanerCore/Platform/TreeWalk.h"
 
 #include "CleanerCore/Platform/posix/EntryReader.h"
-#include "CleanerCore/Platform/posix/NoAccessDate.h"
+#include "CleanerCore/Platform/posix/FileSystem.h"
 #include "CleanerCore/Platform/posix/PendingFolders.h"
-#include "CleanerCore/Platform/posix/StatusAt.h"
 
 #include <fcntl.h>
 
@@ -38,7 +37,8 @@ public:
 
 private:
     void look(Task& task) {
-        // All that waits lies beside or above what was visited last, so the path's beginning holds still.
+        // Everything that waits is beside or above what was visited last, so the path's beginning is still
+        // right.
         path_.resize(task.pathLength);
         Folder folder = task.folder;
         if (!task.name.empty()) {
@@ -72,7 +72,7 @@ private:
         path_.resize(begin);
     }
 
-    std::string path_; // of the folder looked into, with a final "/"; during a visit of the entry
+    std::string path_; // of the folder being read, with a final "/"; during a visit, of the entry
     PendingFolders pending_;
     EntryReader reader_;
     const Visit& visit_;

@@ -1,7 +1,7 @@
 #include "CleanerCore/Removal/Administrator/AdminQueue.h"
 
 #include "CleanerCore/Files/FS.h"
-#include "CleanerCore/Platform/RandomBytes.h"
+#include "CleanerCore/Platform/System.h"
 #include "CleanerCore/Removal/Administrator/AdminRunner.h"
 #include "CleanerCore/Removal/AuditLog.h"
 #include "CleanerCore/Safety/SafetyPolicy.h"

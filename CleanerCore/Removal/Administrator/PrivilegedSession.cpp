@@ -2,13 +2,11 @@
 
 #include "CleanerCore/Files/FS.h"
 #include "CleanerCore/Files/Paths.h"
-#include "CleanerCore/Platform/AdminCommands.h"
 #include "CleanerCore/Platform/ChildProcess.h"
 #include "CleanerCore/Platform/FileContent.h"
 #include "CleanerCore/Platform/NamedPipe.h"
-#include "CleanerCore/Platform/RandomBytes.h"
 #include "CleanerCore/Platform/Removal.h"
-#include "CleanerCore/Platform/User.h"
+#include "CleanerCore/Platform/System.h"
 #include "CleanerCore/Support/Crypto.h"
 #include "CleanerCore/Support/Text.h"
 

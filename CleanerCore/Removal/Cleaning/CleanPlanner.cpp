@@ -1,6 +1,6 @@
 #include "CleanerCore/Removal/Cleaning/CleanPlanner.h"
 
-#include "CleanerCore/Platform/Access.h"
+#include "CleanerCore/Platform/FileStatus.h"
 #include "CleanerCore/Platform/Removal.h"
 #include "CleanerCore/Platform/Volume.h"
 #include "CleanerCore/Removal/CloudEvictor.h"

@@ -1,7 +1,7 @@
 #include "CleanerCore/Removal/Cleaning/CleanRun.h"
 
-#include "CleanerCore/Platform/RandomBytes.h"
 #include "CleanerCore/Platform/Removal.h"
+#include "CleanerCore/Platform/System.h"
 #include "CleanerCore/Removal/CloudEvictor.h"
 #include "CleanerCore/Removal/CloudFiles.h"
 #include "CleanerCore/Support/ByteCount.h"

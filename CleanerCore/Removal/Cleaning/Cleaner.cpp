@@ -1,6 +1,6 @@
 #include "CleanerCore/Removal/Cleaning/Cleaner.h"
 
-#include "CleanerCore/Platform/RandomBytes.h"
+#include "CleanerCore/Platform/System.h"
 #include "CleanerCore/Removal/Administrator/AdminRunner.h"
 #include "CleanerCore/Removal/Cleaning/CleanRun.h"
 

@@ -1,7 +1,7 @@
 #include "CleanerCore/Removal/Quarantine/Quarantine.h"
 
 #include "CleanerCore/Files/FS.h"
-#include "CleanerCore/Platform/RandomBytes.h"
+#include "CleanerCore/Platform/System.h"
 #include "CleanerCore/Removal/Quarantine/QuarantineRestore.h"
 #include "CleanerCore/Support/ByteCount.h"
 #include "CleanerCore/Support/PathText.h"

@@ -86,9 +86,9 @@ Result<Destination> Destination::open(const Paths& paths, const SafetyPolicy& po
 Result<Place> Destination::make() const {
     Place place = anchor_;
     for (const std::string& name : below_) {
-        auto inner = place.below(name, Place::Missing::create);
-        if (!inner) return inner;
-        place = std::move(*inner);
+        const auto folder = place.asFolder(Place::Missing::create);
+        if (!folder) return failed(folder.error());
+        place = folder->entry(name);
     }
     return place;
 }

@@ -1,8 +1,8 @@
 #include "CleanerCore/Scanning/Duplicates/DuplicateScanner.h"
 
 #include "CleanerCore/Files/FS.h"
-#include "CleanerCore/Platform/DescriptorLimit.h"
-#include "CleanerCore/Platform/Directory.h"
+#include "CleanerCore/Platform/FileStatus.h"
+#include "CleanerCore/Platform/System.h"
 #include "CleanerCore/Safety/SafetyPolicy.h"
 #include "CleanerCore/Scanning/ScannerRegistry.h"
 #include "CleanerCore/Support/Crew.h"

@@ -1,6 +1,6 @@
 #include "CleanerCore/Scanning/Photos/VipsLibrary.h"
 
-#include "CleanerCore/Platform/SharedLibrary.h"
+#include "CleanerCore/Platform/System.h"
 
 #include <algorithm>
 #include <array>

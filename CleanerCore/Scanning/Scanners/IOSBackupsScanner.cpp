@@ -1,6 +1,6 @@
 #include "CleanerCore/Files/FS.h"
 #include "CleanerCore/Platform/RegularFile.h"
-#include "CleanerCore/Platform/User.h"
+#include "CleanerCore/Platform/System.h"
 #include "CleanerCore/Scanning/ScannerRegistry.h"
 #include "CleanerCore/Scanning/Scanners/ForeignText.h"
 #include "CleanerCore/Support/Date.h"

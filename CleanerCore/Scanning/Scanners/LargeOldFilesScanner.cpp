@@ -1,6 +1,6 @@
 #include "CleanerCore/Files/FS.h"
 #include "CleanerCore/Platform/FileStatus.h"
-#include "CleanerCore/Platform/User.h"
+#include "CleanerCore/Platform/System.h"
 #include "CleanerCore/Platform/Volume.h"
 #include "CleanerCore/Scanning/ScannerRegistry.h"
 #include "CleanerCore/Support/ByteCount.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "CleanerCore/Platform/Directory.h"
+#include "CleanerCore/Platform/FileStatus.h"
 #include "CleanerCore/Support/Crew.h"
 
 #include <condition_variable>

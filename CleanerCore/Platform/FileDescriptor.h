@@ -6,7 +6,7 @@
 
 namespace loftmere {
 
-// An open descriptor that is closed with its owner.
+// An open descriptor. Its owner closes it.
 class FileDescriptor {
 public:
     explicit FileDescriptor(int fd = -1) : fd_(fd) {}

@@ -1,16 +1,62 @@
-#include "CleanerCore/Platform/posix/FolderAccess.h"
+#include "CleanerCore/Platform/posix/FileSystem.h"
 
 #include "CleanerCore/Platform/posix/Calls.h"
 
 #include <linux/openat2.h>
 #include <sys/syscall.h>
+#include <sys/sysmacros.h>
 
 #include <climits>
-#include <optional>
 
 namespace loftmere {
 
 namespace {
+
+Date dateOf(const statx_timestamp& stamp) {
+    return dateFrom({.tv_sec = stamp.tv_sec, .tv_nsec = stamp.tv_nsec});
+}
+
+FileType typeOf(uint32_t mode) {
+    switch (mode & S_IFMT) {
+    case S_IFREG: return FileType::regular;
+    case S_IFDIR: return FileType::directory;
+    case S_IFLNK: return FileType::symlink;
+    default: return FileType::other;
+    }
+}
+
+FileStatus statusFrom(const struct statx& raw) {
+    FileStatus status;
+    status.type = typeOf(raw.stx_mode);
+    status.device = makedev(raw.stx_dev_major, raw.stx_dev_minor);
+    status.inode = raw.stx_ino;
+    status.links = raw.stx_nlink;
+    status.mode = raw.stx_mode & 07777U;
+    status.size = static_cast<int64_t>(raw.stx_size);
+    status.allocated = static_cast<int64_t>(raw.stx_blocks) * 512;
+    status.modified = dateOf(raw.stx_mtime);
+    status.accessed = dateOf(raw.stx_atime);
+    status.statusChanged = dateOf(raw.stx_ctime);
+    if ((raw.stx_mask & STATX_BTIME) != 0) status.created = dateOf(raw.stx_btime);
+    // Linux keeps no such date; a rename into a folder at least changes the inode.
+    status.addedToFolder = status.statusChanged;
+    return status;
+}
+
+std::expected<FileStatus, int> readStatus(int at, const char* path, int flags) {
+    struct statx raw{};
+    if (::statx(at, path, flags | AT_NO_AUTOMOUNT, STATX_BASIC_STATS | STATX_BTIME, &raw) != 0)
+        return std::unexpected(errno);
+    return statusFrom(raw);
+}
+
+int openUninterrupted(int at, const char* path, int flags) {
+    int fd = -1;
+    do {
+        fd = ::openat(at, path, O_RDONLY | O_CLOEXEC | flags);
+    } while (fd < 0 && errno == EINTR);
+    return fd;
+}
 
 constexpr int listingFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
 
@@ -21,8 +67,8 @@ bool isOnAnotherDevice(int folder, int parent) {
     return inner.st_dev != outer.st_dev;
 }
 
-// For kernels and sandboxes that know no openat2: a volume of another device is told apart, a folder of the
-// same volume bound in a second place is not.
+// For kernels and sandboxes without openat2. This sees a volume on another device, but not a folder of the
+// same volume that is bound in a second place.
 FileDescriptor openComparingDevices(int at, const char* name) {
     FileDescriptor folder(::openat(at, name, listingFlags));
     if (!folder || !isOnAnotherDevice(folder.get(), at)) return folder;
@@ -31,7 +77,7 @@ FileDescriptor openComparingDevices(int at, const char* name) {
     return folder;
 }
 
-// By what an entry is reached. A folder that is bound in a second place has one device and two mounts.
+// How an entry is reached. A folder that is bound in a second place has one device and two mounts.
 struct Reached {
     uint32_t major = 0;
     uint32_t minor = 0;
@@ -40,7 +86,7 @@ struct Reached {
     bool operator==(const Reached&) const = default;
 };
 
-// An empty name means the folder itself. The server of a network's volume is not asked.
+// An empty name means the folder itself. A network volume's server is not asked.
 std::optional<Reached> howReached(int folder, const char* name) {
     constexpr int flags = AT_EMPTY_PATH | AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT | AT_STATX_DONT_SYNC;
     struct statx status{};
@@ -51,6 +97,21 @@ std::optional<Reached> howReached(int folder, const char* name) {
 }
 
 } // namespace
+
+std::expected<FileStatus, int> statusAt(int folder, const char* name, FinalLink link) {
+    return readStatus(folder, name, link == FinalLink::keep ? AT_SYMLINK_NOFOLLOW : 0);
+}
+
+std::expected<FileStatus, int> descriptorStatus(int fd) {
+    return readStatus(fd, "", AT_EMPTY_PATH);
+}
+
+FileDescriptor tryToOpenQuietly(int at, const char* path, int flags) {
+    // Only the owner and root may ask for O_NOATIME; others get EPERM.
+    FileDescriptor quiet(openUninterrupted(at, path, O_NOATIME | flags));
+    if (quiet || errno != EPERM) return quiet;
+    return FileDescriptor(openUninterrupted(at, path, flags));
+}
 
 bool areOnDifferentVolumes(int folder, int other) {
     const auto mine = howReached(folder, "");
@@ -93,13 +154,22 @@ std::string pathOfFolder(int fd) {
 int systemRenameExclusivelyAt(int fromAt, const char* from, int toAt, const char* to) {
     if (!calls::permitted(calls::Call::rename)) return -1;
     const int answer = ::renameat2(fromAt, from, toAt, to, RENAME_NOREPLACE);
-    // EINVAL also means that a folder would move into itself; the plain rename then says so again.
+    // EINVAL also means that a folder would move into itself. The plain rename then says so again.
     if (answer != 0 && (errno == EINVAL || errno == ENOSYS)) errno = ENOTSUP;
     return answer;
 }
 
 int syncDescriptor(int fd) {
     return calls::permitted(calls::Call::sync) ? ::fsync(fd) : -1;
+}
+
+void readAhead(int fd, int64_t offset, int64_t length) {
+    if (length <= 0) return; // the system takes 0 for all the rest
+    ::posix_fadvise(fd, offset, length, POSIX_FADV_WILLNEED);
+}
+
+bool isMarkedHidden(const std::string& /*path*/) {
+    return false; // only names hide
 }
 
 } // namespace loftmere
