@@ -1,8 +1,10 @@
 #include "CleanerCore/Files/JSONStore.h"
 
-#include "CleanerCore/Files/FS.h"
 #include "CleanerCore/Platform/FileContent.h"
+#include "CleanerCore/Platform/FileStatus.h"
 #include "CleanerCore/Support/PathText.h"
+
+#include <cerrno>
 
 namespace loftmere {
 
@@ -10,8 +12,17 @@ namespace {
 
 constexpr int64_t largestSettings = int64_t{16} << 20;
 
-std::optional<AppConfig> readSettings(const std::string& file) {
-    return JSONStore::load<AppConfig>(file, largestSettings);
+// Whether certainly no file is there. Where it is missing, the lowest of its folders that exists tells: if
+// that is a link which leads nowhere, as to a volume that is offline, the file may be behind it.
+bool isAbsent(const std::string& file) {
+    if (linkStatus(file)) return false;
+    for (std::string path = file; !path.empty(); path = parentPath(path)) {
+        const auto status = targetStatus(path);
+        if (status) return true;
+        const bool isMissing = status.error() == ENOENT || status.error() == ENOTDIR;
+        if (!isMissing || linkStatus(path)) return false;
+    }
+    return true;
 }
 
 } // namespace
@@ -29,12 +40,10 @@ Status JSONStore::saveJson(const Json& value, const std::string& path) {
     return replaceFile(path, *text);
 }
 
-AppConfig ConfigStore::load() const {
-    return readSettings(file_).value_or(AppConfig{});
-}
-
-bool ConfigStore::isDamaged() const {
-    return FS::exists(file_) && !readSettings(file_);
+Result<AppConfig> ConfigStore::read() const {
+    if (auto config = JSONStore::load<AppConfig>(file_, largestSettings)) return *std::move(config);
+    if (isAbsent(file_)) return AppConfig{};
+    return failed(Failure::saying("the settings cannot be read"));
 }
 
 Status ConfigStore::save(const AppConfig& config) const {

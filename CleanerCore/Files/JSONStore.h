@@ -42,10 +42,14 @@ public:
     explicit ConfigStore(const Paths& paths) : file_(paths.configFile()) {}
 
     // All defaults when the file is missing or cannot be decoded. Such a file is left as it is.
-    AppConfig load() const;
+    AppConfig load() const { return read().value_or(AppConfig{}); }
 
-    // Whether there is a file that `load` cannot decode, so that nobody knows what the user protects.
-    bool isDamaged() const;
+    // The same, but fails when there is a file, or may be one, that cannot be read or decoded, so that nobody
+    // knows what the user protects. There may be one behind a link that leads nowhere, or in a folder that
+    // may not be searched.
+    Result<AppConfig> read() const;
+
+    bool isDamaged() const { return !read(); }
 
     Status save(const AppConfig& config) const;
 

@@ -1,7 +1,6 @@
 #include "CleanerCore/Safety/CloudPaths.h"
 
 #include "CleanerCore/Files/FS.h"
-#include "CleanerCore/Safety/LinkResolver.h"
 #include "CleanerCore/Safety/PathKey.h"
 #include "CleanerCore/Support/Text.h"
 

@@ -3,7 +3,6 @@
 #include "CleanerCore/Platform/FileStatus.h"
 #include "CleanerCore/Platform/Place.h"
 #include "CleanerCore/Safety/CloudPaths.h"
-#include "CleanerCore/Safety/LinkResolver.h"
 #include "CleanerCore/Safety/PathKey.h"
 #include "CleanerCore/Safety/ProtectedLocations.h"
 #include "CleanerCore/Support/PathText.h"
@@ -11,7 +10,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
 #include <optional>
 #include <span>
 
@@ -22,6 +20,7 @@ namespace {
 using Verdict = SafetyPolicy::Verdict;
 using Blocked = SafetyPolicy::Blocked;
 
+constexpr const char* notAbsolute = "Not an absolute path";
 constexpr const char* leadsOutside = "Symlinked folder leads outside your home folder";
 
 struct UserRule {
@@ -29,7 +28,8 @@ struct UserRule {
     std::string reason;
 };
 
-// A real path within the home folder, spelled from the home folder as it is given; any other as it is.
+// A real path within the home folder, spelled from the home folder as the user knows it. Any other real path
+// unchanged.
 std::string spelledFromHome(const std::string& realPath, const std::string& home,
                             const std::string& realHome) {
     if (home == realHome) return realPath;
@@ -48,9 +48,15 @@ bool isUserWritable(const std::string& path) {
     return isWritable(parentPath(path)) && isWritable(path);
 }
 
+struct Strictness {
+    int operator()(const SafetyPolicy::Allowed&) const { return 0; }
+    int operator()(const SafetyPolicy::NeedsAdmin&) const { return 1; }
+    int operator()(const SafetyPolicy::SyncedCloud&) const { return 2; }
+    int operator()(const Blocked&) const { return 3; }
+};
+
 Verdict stricter(Verdict a, Verdict b) {
-    constexpr std::array strictness{0, 2, 1, 3}; // Allowed, SyncedCloud, NeedsAdmin, Blocked
-    return strictness[a.index()] < strictness[b.index()] ? b : a;
+    return std::visit(Strictness{}, a) < std::visit(Strictness{}, b) ? b : a;
 }
 
 } // namespace
@@ -66,19 +72,20 @@ struct SafetyPolicy::Rules {
 
     Rules(const std::string& homePath, const std::vector<std::string>& userRoots);
 
-    // A root, and what it leads to where it is a link or is reached through one.
+    // A root, and also where it leads when it is a link or is reached through one.
     std::vector<PathKey> withTarget(const std::string& root, LinkResolver& resolver) const;
 
-    // The root of the file system is nobody's home: everything would be the user's own.
+    // The root of the file system counts as nobody's home: everything would be the user's own.
     bool isInHome(const PathKey& path) const {
         return home.path().starts_with('/') && home.path() != "/" && path.isAtOrUnder(home);
     }
 
-    // Whether a path must not be touched wherever else it may lie.
+    // Why the path must not be touched, wherever else it may lie. Absent when nothing speaks against it.
     std::optional<Blocked> veto(const PathKey& path) const;
 };
 
-// A path, where it really leads, and the same spelled from the home folder as it is given.
+// A path, where it really leads, and that place spelled from the home folder as the user knows it. Two or all
+// three may be the same object.
 struct SafetyPolicy::Location {
     const PathKey& path;
     const PathKey& real;
@@ -140,24 +147,44 @@ Verdict SafetyPolicy::check(const std::string& path) const {
     return check(path, resolver);
 }
 
-Verdict SafetyPolicy::check(const std::string& path, LinkResolver& resolver) const {
-    std::string normal = normalize(path, rules_->home.path());
-    // The system would read a path only up to a zero byte and so reach another one than was judged.
-    if (!normal.starts_with('/') || normal.contains('\0')) return Blocked{"Not an absolute path"};
-    const PathKey key(std::move(normal));
-    if (auto vetoed = rules_->veto(key)) return *vetoed;
-    const std::string real =
-        joinPath(resolver.resolve(parentPath(key.path())), lastPathComponent(key.path()));
-    return judge(key, real, resolver.resolve(rules_->home.path()));
+Verdict SafetyPolicy::check(const std::string& path, const Place& place) const {
+    LinkResolver resolver;
+    return check(path, place, resolver);
 }
 
-Verdict SafetyPolicy::check(const std::string& path, const Place& place) const {
-    Verdict verdict = check(path);
-    if (std::holds_alternative<Blocked>(verdict)) return verdict;
-    return stricter(std::move(verdict), judgeReal(path, place.realPath()));
+std::optional<PathKey> SafetyPolicy::keyOf(const std::string& path) const {
+    std::string normal = normalize(path, rules_->home.path());
+    // The system reads a path only up to a zero byte, and so would reach another item than the judged one.
+    if (!normal.starts_with('/') || normal.contains('\0')) return std::nullopt;
+    return PathKey(std::move(normal));
+}
+
+Verdict SafetyPolicy::check(const std::string& path, LinkResolver& resolver) const {
+    const auto key = keyOf(path);
+    if (!key) return Blocked{notAbsolute};
+    const std::string folder = resolver.resolve(parentPath(key->path()));
+    const std::string real = joinPath(folder, lastPathComponent(key->path()));
+    return judge(*key, real, resolver.resolve(rules_->home.path()));
+}
+
+Verdict SafetyPolicy::check(const std::string& path, const Place& place, LinkResolver& resolver) const {
+    const auto key = keyOf(path);
+    if (!key) return Blocked{notAbsolute};
+    const std::string& home = rules_->home.path();
+    // Usually there is no link on the way to the place, and so none on the way to the home folder above it.
+    const bool hasNoLink = place.realPath() == key->path();
+    if (hasNoLink && isAtOrUnder(key->path(), home)) return judge(*key, key->path(), home);
+    Verdict asWritten = check(path, resolver);
+    if (std::holds_alternative<Blocked>(asWritten)) return asWritten;
+    const std::string real = standardizedPath(place.realPath());
+    const std::string realHome = resolver.resolve(home);
+    const PathKey spelled(spelledFromHome(real, home, realHome));
+    if (rules_->isInHome(*key) && !rules_->isInHome(spelled)) return Blocked{leadsOutside};
+    return stricter(std::move(asWritten), judge(spelled, real, realHome));
 }
 
 Verdict SafetyPolicy::judge(const PathKey& path, const std::string& real, const std::string& realHome) const {
+    if (auto vetoed = rules_->veto(path)) return *vetoed;
     std::optional<PathKey> elsewhere;
     const PathKey& realKey = real == path.path() ? path : elsewhere.emplace(real);
     const std::string spelled = spelledFromHome(real, rules_->home.path(), realHome);
@@ -167,10 +194,15 @@ Verdict SafetyPolicy::judge(const PathKey& path, const std::string& real, const 
     return rules_->isInHome(path) ? judgeInHome(location) : judgeOutside(location);
 }
 
+// A link to a protected folder must be no way round its protection.
+std::optional<Blocked> SafetyPolicy::vetoOnTarget(const Location& location) const {
+    if (&location.spelled == &location.path) return std::nullopt; // judged already
+    return rules_->veto(location.spelled);
+}
+
 Verdict SafetyPolicy::judgeInHome(const Location& location) const {
     if (!rules_->isInHome(location.spelled)) return Blocked{leadsOutside};
-    // A link to a protected folder must be no way round its protection.
-    if (auto vetoed = rules_->veto(location.spelled)) return *vetoed;
+    if (auto vetoed = vetoOnTarget(location)) return *vetoed;
     for (const PathKey* path : {&location.path, &location.spelled}) {
         const auto holdsPath = [&](const PathKey& root) { return path->isAtOrUnder(root); };
         if (!std::ranges::any_of(rules_->syncRoots, holdsPath)) continue;
@@ -186,20 +218,9 @@ Verdict SafetyPolicy::judgeOutside(const Location& location) const {
     }
     const auto holdsPath = [&](const PathKey& root) { return path.isUnder(root); };
     if (!std::ranges::any_of(rules_->adminRoots, holdsPath)) return Blocked{"Outside allowed locations"};
-    if (auto vetoed = rules_->veto(location.spelled)) return *vetoed;
+    if (auto vetoed = vetoOnTarget(location)) return *vetoed;
     if (path.path().starts_with("/Applications/") && isUserWritable(path.path())) return Allowed{};
     return NeedsAdmin{};
-}
-
-Verdict SafetyPolicy::judgeReal(const std::string& path, const std::string& realPath) const {
-    LinkResolver resolver;
-    const std::string realHome = resolver.resolve(rules_->home.path());
-    const std::string real = standardizedPath(realPath);
-    const PathKey spelled(spelledFromHome(real, rules_->home.path(), realHome));
-    const PathKey asked(normalize(path, rules_->home.path()));
-    if (rules_->isInHome(asked) && !rules_->isInHome(spelled)) return Blocked{leadsOutside};
-    if (auto vetoed = rules_->veto(spelled)) return *vetoed;
-    return judge(spelled, real, realHome);
 }
 
 SafetyPolicy::Batch::Batch(const SafetyPolicy& policy)
@@ -209,6 +230,10 @@ SafetyPolicy::Batch::~Batch() = default;
 
 Verdict SafetyPolicy::Batch::check(const std::string& path) {
     return policy_.check(path, *resolver_);
+}
+
+Verdict SafetyPolicy::Batch::check(const std::string& path, const Place& place) {
+    return policy_.check(path, place, *resolver_);
 }
 
 } // namespace loftmere

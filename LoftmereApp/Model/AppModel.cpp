@@ -4,6 +4,7 @@
 #include "CleanerCore/Files/JSONStore.h"
 #include "CleanerCore/Platform/FileStatus.h"
 #include "CleanerCore/Platform/System.h"
+#include "CleanerCore/Safety/RemovalPermit.h"
 #include "CleanerCore/Scanning/ScannerRegistry.h"
 #include "CleanerCore/Support/PathText.h"
 #include "LoftmereApp/Model/AppModelWork.h"
@@ -119,10 +120,7 @@ std::string AppModel::shortened(const std::string& path) const {
 
 Status AppModel::settingsState() const {
     if (!ConfigStore(paths).isDamaged()) return {};
-    return failed(Failure::saying(
-        fmt::format("the settings in {} cannot be read; what you protect there is not known until they "
-                    "are mended or removed",
-                    shortened(paths.configFile()))));
+    return failed(RemovalPermit::refusal(shortened(paths.configFile())));
 }
 
 } // namespace loftmere

@@ -72,6 +72,11 @@ std::string TemporaryHome::link(std::string_view relative, const std::string& ta
     return at(relative);
 }
 
+Result<ClearedItem> TemporaryHome::cleared(std::string_view relative) const {
+    const auto permit = RemovalPermit::ask(paths(), {});
+    return permit ? permit->judge(at(relative)).item : failed(permit.error());
+}
+
 void TemporaryHome::setDates(std::string_view relative, Date date) const {
     const auto seconds = std::chrono::floor<std::chrono::seconds>(date);
     const timespec stamp{.tv_sec = seconds.time_since_epoch().count(),

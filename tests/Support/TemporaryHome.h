@@ -1,6 +1,6 @@
 #pragma once
 
-#include "CleanerCore/Files/Paths.h"
+#include "CleanerCore/Safety/RemovalPermit.h"
 #include "CleanerCore/Support/Date.h"
 
 #include <cstdint>
@@ -30,6 +30,9 @@ public:
     // A file that really takes `bytes` on disk (rounded up to whole blocks by the file system).
     std::string fileOfSize(std::string_view relative, int64_t bytes) const;
     std::string link(std::string_view relative, const std::string& target) const;
+
+    // The item as the gate and the policy let it go; a failure when they do not.
+    Result<ClearedItem> cleared(std::string_view relative) const;
 
     // Sets access and modification date of the item itself.
     void setDates(std::string_view relative, Date date) const;
