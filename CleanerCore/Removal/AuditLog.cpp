@@ -2,7 +2,6 @@
 
 #include "CleanerCore/Platform/AppendFile.h"
 #include "CleanerCore/Platform/RegularFile.h"
-#include "CleanerCore/Removal/AuditLine.h"
 #include "CleanerCore/Support/ByteCount.h"
 
 #include <nlohmann/json.hpp>
@@ -95,7 +94,7 @@ std::vector<AuditEntry> AuditLog::recent(size_t limit) const {
     size_t seen = 0;
     const std::string tail = tailOf(*file, sizeOf(file_), limit);
     backwards(tail, [&](std::string_view line) {
-        if (auto entry = auditEntryOf(line)) entries.push_back(std::move(*entry));
+        if (auto entry = AuditEntry::ofLine(line)) entries.push_back(std::move(*entry));
         return ++seen < limit;
     });
     return entries;

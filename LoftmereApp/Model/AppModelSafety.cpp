@@ -59,15 +59,10 @@ bool isUnreadable(const std::string& path, bool canBeRead) {
 }
 
 void logPurge(const Paths& paths, const std::string& target, int64_t bytes) {
-    AuditLog(paths).append({{.id = newUUID(),
-                             .date = currentDate(),
-                             .action = "purge",
-                             .target = target,
-                             .size = bytes,
-                             .category = std::nullopt,
-                             .trigger = ManualTrigger{},
-                             .success = true,
-                             .message = std::nullopt}});
+    AuditEntry entry = AuditEntry::now("purge", target, ManualTrigger{});
+    entry.size = bytes;
+    entry.success = true;
+    AuditLog(paths).append({entry});
 }
 
 } // namespace

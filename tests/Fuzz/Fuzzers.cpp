@@ -1,7 +1,7 @@
 #include "CleanerCore/Platform/RegularFile.h"
 #include "CleanerCore/Platform/linux/MountInfo.h"
 #include "CleanerCore/Records/AppConfig.h"
-#include "CleanerCore/Removal/AuditLine.h"
+#include "CleanerCore/Removal/AuditLog.h"
 #include "CleanerCore/Removal/Quarantine/QuarantineFolder.h"
 #include "CleanerCore/Scanning/Photos/Thumbnail.h"
 #include "CleanerCore/Scanning/Scanners/ForeignText.h"
@@ -97,7 +97,7 @@ void mountInfo(std::string_view text) {
 }
 
 void auditLine(std::string_view text) {
-    const auto entry = auditEntryOf(text);
+    const auto entry = AuditEntry::ofLine(text);
     const int64_t freed = freedBytesOf(text);
     require(freed == 0 || (entry && entry->success && entry->size == freed),
             "the quick reader of the log says what the slow one says");

@@ -1,5 +1,4 @@
 #include "CleanerCore/Platform/FileContent.h"
-#include "CleanerCore/Removal/AuditLine.h"
 #include "CleanerCore/Removal/AuditLog.h"
 #include "tests/Support/TemporaryHome.h"
 
@@ -81,7 +80,23 @@ TEST(AuditLog, ReadsOverBlocks) {
     EXPECT_EQ(log.lifetimeFreed(), 2999 * 3000 / 2);
 }
 
-TEST(AuditLine, CountsTheSameQuicklyAsSlowly) {
+TEST(AuditLog, ReadsALineThatWasWrittenLongAgo) {
+    const auto read = AuditEntry::ofLine(
+        R"({"action":"trash","category":"oldDownloads","date":"2026-01-15T09:30:12Z","id":"7F3A","message":)"
+        R"("why","size":41,"success":true,"target":"/a","trigger":{"uninstall":{"appName":"Chess"}}})");
+    const AuditEntry expected{.id = "7F3A",
+                              .date = *fromISO8601("2026-01-15T09:30:12Z"),
+                              .action = "trash",
+                              .target = "/a",
+                              .size = 41,
+                              .category = CleanCategory::oldDownloads,
+                              .trigger = UninstallTrigger{"Chess"},
+                              .success = true,
+                              .message = "why"};
+    EXPECT_EQ(read, expected);
+}
+
+TEST(AuditLog, CountsTheSameQuicklyAsSlowly) {
     AuditEntry bare = entry("trash", 7);
     bare.category = std::nullopt;
     bare.message = "note";
@@ -103,7 +118,7 @@ TEST(AuditLine, CountsTheSameQuicklyAsSlowly) {
                 if (at < line.size()) variants.back()[at] = c;
             }
             for (const std::string& variant : variants) {
-                const auto slow = auditEntryOf(variant);
+                const auto slow = AuditEntry::ofLine(variant);
                 const bool counts = slow && slow->success && slow->action != "quarantine";
                 const bool known = counts && (slow->action == "delete" || slow->action == "trash" ||
                                               slow->action == "purge");

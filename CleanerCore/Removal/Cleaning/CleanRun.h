@@ -2,7 +2,7 @@
 
 #include "CleanerCore/Process/Shell.h"
 #include "CleanerCore/Records/CleanReport.h"
-#include "CleanerCore/Removal/AuditEntry.h"
+#include "CleanerCore/Removal/AuditLog.h"
 #include "CleanerCore/Removal/Cleaning/CleanPlanner.h"
 #include "CleanerCore/Removal/Cleaning/Cleaner.h"
 #include "CleanerCore/Removal/Quarantine/Quarantine.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "CleanerCore/Removal/AuditEntry.h"
+#include "CleanerCore/Removal/AuditLog.h"
 #include "CleanerCore/Removal/Quarantine/QuarantineSession.h"
 #include "LoftmereApp/Model/Published.h"
 
