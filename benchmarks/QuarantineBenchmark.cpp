@@ -51,11 +51,12 @@ double secondsOf(const std::function<bool()>& operation, benchmark::State& state
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
-bool addAll(Quarantine& quarantine, QuarantineSession& session, const std::vector<ForeseenItem>& items,
-            bool foresee) {
+bool addAll(Quarantine& quarantine, QuarantineSession& session, const RemovalPermit& permit,
+            const std::vector<ForeseenItem>& items, bool foresee) {
     if (foresee) quarantine.foresee(session, items);
     for (const ForeseenItem& item : items) {
-        if (!quarantine.add(item.originalPath, item.size, item.category, session)) return false;
+        const auto cleared = permit.judge(item.originalPath).item;
+        if (!cleared || !quarantine.add(*cleared, item.size, item.category, session)) return false;
     }
     return quarantine.finish(session).has_value();
 }
@@ -70,9 +71,10 @@ void thereAndBack(benchmark::State& state) {
         const Home home;
         const auto items = makeFiles(home.path, count);
         Quarantine quarantine{Paths(home.path)};
+        const auto permit = RemovalPermit::ask(Paths(home.path), {});
         auto session = quarantine.beginSession(ManualTrigger{}, 7, currentDate());
         state.ResumeTiming();
-        there += secondsOf([&] { return addAll(quarantine, *session, items, foresee); }, state);
+        there += secondsOf([&] { return addAll(quarantine, *session, *permit, items, foresee); }, state);
         back += secondsOf(
             [&] {
                 const auto restored = quarantine.restore(session->id, std::nullopt);

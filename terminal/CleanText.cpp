@@ -16,7 +16,7 @@ namespace {
 constexpr int noteIndent = 3;
 
 struct Group {
-    CleanAction action;
+    PlannedAction action;
     const char* heading;
     const char* note; // what it means for the user; empty where the heading says it all
     bool acts;        // something is done to the item
@@ -25,20 +25,20 @@ struct Group {
 // In the order in which they are shown.
 // clang-format off
 constexpr std::array groups{
-    Group{CleanAction::remove,        label(Disposal::remove),                "", true},
-    Group{CleanAction::command,       "Run a command",                        "", true},
-    Group{CleanAction::trash,         label(Disposal::trash),                 "", true},
-    Group{CleanAction::quarantine,    label(Disposal::quarantine),            "", true},
-    Group{CleanAction::evict,         "Offload to cloud",                     "Local copies are removed. Files stay in the cloud and download again when you open them.", true},
-    Group{CleanAction::queueForAdmin, "Wait for administrator rights",        "Removed with --admin, after one password prompt.", true},
-    Group{CleanAction::removeAsAdmin, "Delete with administrator rights",     "Asks for the password.", true},
-    Group{CleanAction::gone,          "Already gone",                         "", false},
-    Group{CleanAction::skip,          "Skipped",                              "", false},
-    Group{CleanAction::fail,          "Cannot be cleaned",                    "", false},
+    Group{PlannedAction::remove,        label(Disposal::remove),                "", true},
+    Group{PlannedAction::command,       "Run a command",                        "", true},
+    Group{PlannedAction::trash,         label(Disposal::trash),                 "", true},
+    Group{PlannedAction::quarantine,    label(Disposal::quarantine),            "", true},
+    Group{PlannedAction::evict,         "Offload to cloud",                     "Local copies are removed. Files stay in the cloud and download again when you open them.", true},
+    Group{PlannedAction::queueForAdmin, "Wait for administrator rights",        "Removed with --admin, after one password prompt.", true},
+    Group{PlannedAction::removeAsAdmin, "Delete with administrator rights",     "Asks for the password.", true},
+    Group{PlannedAction::gone,          "Already gone",                         "", false},
+    Group{PlannedAction::skip,          "Skipped",                              "", false},
+    Group{PlannedAction::fail,          "Cannot be cleaned",                    "", false},
 };
 // clang-format on
 
-const Group& groupOf(CleanAction action) {
+const Group& groupOf(PlannedAction action) {
     for (const Group& group : groups) {
         if (group.action == action) return group;
     }
@@ -51,7 +51,7 @@ void printGroup(Program& program, const Group& group, const std::vector<Row>& ro
     for (const Row& row : rows) extent.add(row.size.value_or(0));
     printHeading(console, group.heading, extent);
     std::string note = group.note;
-    if (group.action == CleanAction::quarantine) {
+    if (group.action == PlannedAction::quarantine) {
         const int64_t days = std::max<int64_t>(program.model().config->quarantineRetentionDays, 0);
         note = fmt::format("Quarantined items can be restored for {}.",
                            counted(static_cast<size_t>(days), "day"));
@@ -62,13 +62,13 @@ void printGroup(Program& program, const Group& group, const std::vector<Row>& ro
 }
 
 // Says which removals reach the user's other machines.
-void warnOfSynced(Console& console, const CleanPreview& preview) {
+void warnOfSynced(Console& console, const Plan& plan) {
     size_t count = 0;
     std::set<std::string> providers;
-    for (const CleanPlan& plan : preview.plans) {
-        if (!plan.provider || !groupOf(plan.action).acts) continue;
+    for (const auto& [item, decision] : plan.items) {
+        if (!decision.provider || !groupOf(decision.action).acts) continue;
         ++count;
-        providers.insert(*plan.provider);
+        providers.insert(*decision.provider);
     }
     if (count == 0) return;
     const std::string names = joined({providers.begin(), providers.end()}, " and ");
@@ -119,27 +119,26 @@ bool canBeUndone(Program& program, const CleanReport& report) {
 
 } // namespace
 
-Extent extentOf(const std::vector<ScanItem>& items, const CleanPreview& preview) {
+Extent extentOf(const Plan& plan) {
     Extent extent;
-    for (size_t i = 0; i < items.size(); ++i) {
-        if (groupOf(preview.plans[i].action).acts) extent.add(items[i].size);
+    for (const auto& [item, decision] : plan.items) {
+        if (groupOf(decision.action).acts) extent.add(item.size);
     }
     return extent;
 }
 
-void printPreview(Program& program, const std::vector<ScanItem>& items, const CleanPreview& preview,
-                  bool verbose) {
+void printPreview(Program& program, const Plan& plan, bool verbose) {
     for (const Group& group : groups) {
         std::vector<Row> rows;
-        for (size_t i = 0; i < items.size(); ++i) {
-            if (preview.plans[i].action != group.action) continue;
-            rows.push_back(findingRow(program, items[i]));
-            rows.back().note = shownMessage(preview.plans[i].message);
+        for (const auto& [item, decision] : plan.items) {
+            if (decision.action != group.action) continue;
+            rows.push_back(findingRow(program, item));
+            rows.back().note = shownMessage(decision.message);
         }
         if (!rows.empty()) printGroup(program, group, rows, verbose);
     }
-    if (!items.empty()) printExpired(program);
-    warnOfSynced(program.console(), preview);
+    if (!plan.items.empty()) printExpired(program);
+    warnOfSynced(program.console(), plan);
 }
 
 void printFailures(Program& program, std::string_view heading, std::span<const CleanFailure> failures,

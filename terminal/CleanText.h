@@ -11,12 +11,11 @@
 namespace loftmere {
 
 // The items that a clean would act on.
-Extent extentOf(const std::vector<ScanItem>& items, const CleanPreview& preview);
+Extent extentOf(const Plan& plan);
 
 // Shows what a clean would do, item by item, grouped by what becomes of them. Unless `verbose`, a
 // terminal sees only the first items of each group.
-void printPreview(Program& program, const std::vector<ScanItem>& items, const CleanPreview& preview,
-                  bool verbose);
+void printPreview(Program& program, const Plan& plan, bool verbose);
 
 // What a clean of the items did, or would do: what failed and why, the sum, and how to undo it.
 void printCleanReport(Program& program, const std::vector<ScanItem>& items, const CleanReport& report,

@@ -34,16 +34,17 @@ public:
         status_ = runScan(program_, categories);
         sayScanErrors(categories);
         tick(categories);
-        const CleanPreview preview =
+        const Plan plan =
             program_.finish(model().preview(items_, ManualTrigger{}), [] { return "Looking at each item"; });
-        show(preview);
-        const Extent extent = extentOf(items_, preview);
+        show(plan);
+        const Extent extent = extentOf(plan);
         // Whoever gave --yes wants every decision carried out and logged, refusals too.
         if (options_.dryRun || (extent.count == 0 && !options_.yes)) {
-            if (!preview.report.failures.empty()) status_ = ExitStatus::failed;
-            answer(preview.report, true);
+            const CleanReport report = plan.report();
+            if (!report.failures.empty()) status_ = ExitStatus::failed;
+            answer(report, true);
         } else if (options_.yes || agrees(extent)) {
-            clean(categories);
+            clean(plan);
         } else {
             console().say("nothing was changed");
             if (program_.json()) answer(CleanReport{}, false);
@@ -87,10 +88,10 @@ private:
 
     // Puts the preview on the screen before anything is asked or done, also where standard output leads
     // elsewhere.
-    void show(const CleanPreview& preview) {
+    void show(const Plan& plan) {
         const auto print = [&](Output output) {
             console().printTo(output);
-            printPreview(program_, items_, preview, options_.verbose);
+            printPreview(program_, plan, options_.verbose);
             console().printTo(Output::data);
         };
         if (!program_.json()) print(Output::data);
@@ -104,11 +105,11 @@ private:
         return answer == "y" || answer == "yes";
     }
 
-    void clean(const std::vector<CleanCategory>& categories) {
+    void clean(const Plan& plan) {
         noteStopSignals(stopping, stillStopping);
         const auto isStopped = [] { return notedStop().has_value(); };
         const CleanReport report =
-            program_.finish(model().cleanSelected(categories, isStopped), [&] { return progress(); });
+            program_.finish(model().clean(plan, isStopped), [&] { return progress(); });
         if (!report.failures.empty()) status_ = ExitStatus::failed;
         answer(report, false);
         if (isStopped()) {

@@ -1,4 +1,4 @@
-#include "CleanerCore/Platform/RandomBytes.h"
+#include "CleanerCore/Platform/System.h"
 #include "CleanerCore/Removal/AuditLog.h"
 #include "CleanerCore/Support/RecordCodec.h"
 #include "CleanerCore/Support/Text.h"

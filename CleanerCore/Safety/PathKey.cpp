@@ -1,7 +1,6 @@
 #include "CleanerCore/Safety/PathKey.h"
 
 #include "CleanerCore/Platform/FileStatus.h"
-#include "CleanerCore/Platform/FileStatus.h"
 #include "CleanerCore/Support/PathText.h"
 #include "CleanerCore/Support/Text.h"
 

@@ -2,8 +2,8 @@
 
 #include "CleanerCore/Records/CleanReport.h"
 #include "CleanerCore/Removal/Administrator/AdminQueue.h"
+#include "CleanerCore/Removal/Cleaning/Plan.h"
 #include "CleanerCore/Support/Result.h"
-#include "LoftmereApp/Model/CleanPreview.h"
 #include "LoftmereApp/Model/Fields/BasicFields.h"
 #include "LoftmereApp/Model/Fields/CleanFields.h"
 #include "LoftmereApp/Model/Fields/SafetyFields.h"
@@ -83,11 +83,15 @@ public:
     // --- Cleaning (AppModelClean.cpp)
 
     // What `clean` would do with the items as the disk is now. Changes nothing.
-    Task<CleanPreview> preview(std::vector<ScanItem> items, TriggerSource trigger) const;
+    Task<Plan> preview(std::vector<ScanItem> items, TriggerSource trigger) const;
 
-    // Cleans the items. Items that did not fail leave `results` and `selected`, even if they were refused or
-    // put off. The report is kept and flashed. `isStopped` is asked before each item, on any thread. Once it
-    // answers true, the remaining items are left alone.
+    // Carries out a plan that was shown. What the plan leaves alone is not touched. Items that did not fail
+    // leave `results` and `selected`, even if they were refused or put off. The report is kept and flashed.
+    // `isStopped` is asked before each item, on any thread. Once it answers true, the remaining items are
+    // left alone.
+    Task<CleanReport> clean(Plan plan, std::function<bool()> isStopped = nullptr);
+
+    // Cleans the items without a plan that was shown.
     Task<CleanReport> clean(std::vector<ScanItem> items, TriggerSource trigger,
                             std::function<bool()> isStopped = nullptr);
 

@@ -22,10 +22,10 @@ auto progressReporter(AppModel& model, std::function<void(std::function<void()>)
     };
 }
 
-// Takes what was handled without a failure off the lists.
-void forget(AppModel& model, const std::vector<ScanItem>& items, const CleanReport& report) {
+// Takes the first `count` items of the plan off the lists, apart from those that failed.
+void forget(AppModel& model, const Plan& plan, int64_t count, const CleanReport& report) {
     std::unordered_set<std::string> handled;
-    for (const ScanItem& item : items) handled.insert(item.id);
+    for (size_t i = 0; i < static_cast<size_t>(count); ++i) handled.insert(plan.items[i].item.id);
     for (const CleanFailure& failure : report.failures) handled.erase(failure.itemID);
     model.results.update([&](auto& all) {
         for (auto& [category, result] : all)
@@ -38,24 +38,27 @@ void forget(AppModel& model, const std::vector<ScanItem>& items, const CleanRepo
 
 } // namespace
 
-Task<CleanPreview> AppModel::preview(std::vector<ScanItem> items, TriggerSource trigger) const {
-    co_return co_await work_->background([items, trigger, home = paths, settings = config.get()] {
-        Cleaner cleaner(home, settings);
-        CleanPreview preview{.plans = {}, .report = cleaner.clean(items, trigger, true)};
-        for (const ScanItem& item : items) preview.plans.push_back(cleaner.plan(item, trigger));
-        return preview;
-    });
+Task<Plan> AppModel::preview(std::vector<ScanItem> items, TriggerSource trigger) const {
+    co_return co_await work_->background(
+        [items = std::move(items), trigger, home = paths, settings = config.get()]() mutable {
+            return Cleaner(home, settings).plan(std::move(items), trigger);
+        });
 }
 
 Task<CleanReport> AppModel::clean(std::vector<ScanItem> items, TriggerSource trigger,
                                   std::function<bool()> isStopped) {
-    if (items.empty()) co_return CleanReport{};
+    return clean(Plan::unseen(std::move(items), std::move(trigger), config), std::move(isStopped));
+}
+
+Task<CleanReport> AppModel::clean(Plan wanted, std::function<bool()> isStopped) {
+    if (wanted.items.empty()) co_return CleanReport{};
+    const auto plan = std::make_shared<const Plan>(std::move(wanted));
     const std::string key = "clean:" + newUUID().substr(0, 4);
-    Work::begin(*this, key, fmt::format("Cleaning {} item(s)", items.size()));
+    Work::begin(*this, key, fmt::format("Cleaning {} item(s)", plan->items.size()));
     cleanProgress = 0;
 
     const auto [report, count] =
-        co_await work_->background([items, trigger, home = paths, settings = config.get(),
+        co_await work_->background([plan, home = paths, settings = config.get(),
                                     tell = progressReporter(*this, work_->poster()), isStopped] {
             // Keeps the agent from starting a run meanwhile. A clean that the user asked for waits for
             // nobody.
@@ -65,13 +68,11 @@ Task<CleanReport> AppModel::clean(std::vector<ScanItem> items, TriggerSource tri
                 handled = done;
                 tell(done, total);
             };
-            CleanReport cleaned =
-                Cleaner(home, settings).clean(items, trigger, false, std::nullopt, progress, isStopped);
+            CleanReport cleaned = Cleaner(home, settings).clean(*plan, progress, isStopped);
             return std::pair(std::move(cleaned), handled);
         });
 
-    items.resize(static_cast<size_t>(count));
-    forget(*this, items, report);
+    forget(*this, *plan, count, report);
     lastReport = report;
     Work::end(*this, key);
     refreshAdminQueue();

@@ -50,12 +50,11 @@ TEST_F(ModelCleanThreaded, HandledItemsLeaveTheListsAndFailedOnesStay) {
                    unticked, newFile(".ssh/id", largeOldFiles), broken});
     model->selected.update([&](auto& ticked) { ticked.erase(unticked.id); });
 
-    const CleanPreview preview =
-        finish(model->preview(model->items({logs, oldDownloads, largeOldFiles, docker}), {}));
-    std::vector<CleanAction> planned;
-    for (const CleanPlan& plan : preview.plans) planned.push_back(plan.action);
-    EXPECT_THAT(planned, ElementsAre(CleanAction::remove, CleanAction::quarantine, CleanAction::quarantine,
-                                     CleanAction::skip, CleanAction::command));
+    const Plan plan = finish(model->preview(model->items({logs, oldDownloads, largeOldFiles, docker}), {}));
+    std::vector<PlannedAction> planned;
+    for (const PlannedItem& each : plan.items) planned.push_back(each.decision.action);
+    EXPECT_THAT(planned, ElementsAre(PlannedAction::remove, PlannedAction::quarantine,
+                                     PlannedAction::quarantine, PlannedAction::skip, PlannedAction::command));
     EXPECT_TRUE(exists("Library/Logs/old.log") && exists("Downloads/book.pdf"));
     EXPECT_THAT(*model->audit, IsEmpty());
 

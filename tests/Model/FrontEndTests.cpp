@@ -75,9 +75,9 @@ TEST(FrontEndThreaded, ASecondOneScansCleansAndUndoesThroughTheModelAlone) {
     EXPECT_GT(redraws, 0);
 
     model.selected.update([&](auto& ticked) { ticked.insert(download); });
-    const CleanPreview preview = loop->run(model.preview(model.items(wanted), ManualTrigger{}));
-    EXPECT_TRUE(preview.report.failures.empty());
-    const CleanReport report = loop->run(model.cleanSelected(wanted));
+    const Plan plan = loop->run(model.preview(model.items(wanted), ManualTrigger{}));
+    EXPECT_TRUE(plan.report().failures.empty());
+    const CleanReport report = loop->run(model.clean(plan));
     EXPECT_EQ(report.itemsProcessed, 2);
     EXPECT_EQ(*model.toast, AppModel::summary(report, false));
     EXPECT_EQ(rowsOf(model), Lines{});

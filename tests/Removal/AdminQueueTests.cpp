@@ -46,8 +46,9 @@ TEST(AdminQueueTests, RemovesInOneGoAndTellsTheOutcome) {
     const std::string evicted = home.file("Library/Caches/evicted", "x");
     const std::string guarded = home.file("Library/Caches/mine/guarded", "x");
     std::vector<std::vector<std::string>> requests;
-    AdminQueue queue([&](const std::vector<std::string>& paths) {
-        requests.push_back(paths);
+    AdminQueue queue([&](const std::vector<ClearedPath>& paths) {
+        requests.emplace_back();
+        for (const ClearedPath& path : paths) requests.back().push_back(path.path());
         fs::remove(gone);
         fs::remove(evicted);
         return Shell::Result{.status = 1, .out = "", .err = "rm: Resource busy"};

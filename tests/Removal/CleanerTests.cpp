@@ -1,6 +1,7 @@
 #include "CleanerCore/Files/FS.h"
 #include "CleanerCore/Platform/posix/Calls.h"
 #include "CleanerCore/Removal/Cleaning/Cleaner.h"
+#include "CleanerCore/Support/Text.h"
 #include "tests/Support/Mounted.h"
 #include "tests/Support/OrdinaryUser.h"
 #include "tests/Support/ScriptedTools.h"
@@ -38,7 +39,8 @@ protected:
 
     Cleaner cleaner(const AppConfig& config = {}) {
         return Cleaner(home_.paths(), config, {.queue = &queue_, .remove = [this](const auto& paths) {
-                                                   asked_.insert(asked_.end(), paths.begin(), paths.end());
+                                                   for (const ClearedPath& each : paths)
+                                                       asked_.push_back(each.path());
                                                    return rootAnswer_;
                                                }});
     }
@@ -46,6 +48,10 @@ protected:
     CleanReport clean(const std::vector<ScanItem>& items, std::optional<Disposal> disposal = std::nullopt,
                       const TriggerSource& trigger = ManualTrigger{}, const AppConfig& config = {}) {
         return cleaner(config).clean(items, trigger, false, disposal);
+    }
+
+    Decision decided(const ScanItem& each, std::optional<Disposal> disposal = std::nullopt) {
+        return cleaner().plan({each}, ManualTrigger{}, disposal).items.at(0).decision;
     }
 
     // The newest line of the log: "action success message".
@@ -101,30 +107,30 @@ protected:
     std::vector<std::string> asked_;
 };
 
-// The log line that a plan promises.
-std::string promised(const CleanPlan& plan) {
-    switch (plan.action) {
-    case CleanAction::skip: return "skip no " + plan.message;
-    case CleanAction::fail:
-        return (plan.disposal ? rawValue(*plan.disposal) : "skip") + std::string(" no ") + plan.message;
-    case CleanAction::gone: return "gone yes already gone";
-    case CleanAction::evict: return "evict yes -";
-    case CleanAction::command: return "command yes fine a b";
-    case CleanAction::queueForAdmin: return "queued yes waiting for one password prompt";
-    case CleanAction::removeAsAdmin: return "delete yes admin";
-    default: return std::string(rawValue(*plan.disposal)) + " yes -";
+// The log line that a decision promises.
+std::string promised(const Decision& decision) {
+    const std::string disposal = decision.disposal ? rawValue(*decision.disposal) : "skip";
+    switch (decision.action) {
+    case PlannedAction::skip: return "skip no " + decision.message;
+    case PlannedAction::fail: return disposal + " no " + decision.message;
+    case PlannedAction::gone: return "gone yes already gone";
+    case PlannedAction::evict: return "evict yes -";
+    case PlannedAction::command: return "command yes fine a b";
+    case PlannedAction::queueForAdmin: return "queued yes waiting for one password prompt";
+    case PlannedAction::removeAsAdmin: return "delete yes admin";
+    default: return disposal + " yes -";
     }
 }
 
-int64_t gainPromised(const CleanPlan& plan, const CleanReport& report) {
-    switch (plan.action) {
-    case CleanAction::evict: return report.evictedBytes;
-    case CleanAction::quarantine: return report.quarantinedBytes;
-    case CleanAction::trash: return report.trashedBytes;
-    case CleanAction::command:
-    case CleanAction::removeAsAdmin:
-    case CleanAction::remove: return report.freedBytes;
-    case CleanAction::queueForAdmin: return report.deferredAdmin * size;
+int64_t gainPromised(const Decision& decision, const CleanReport& report) {
+    switch (decision.action) {
+    case PlannedAction::evict: return report.evictedBytes;
+    case PlannedAction::quarantine: return report.quarantinedBytes;
+    case PlannedAction::trash: return report.trashedBytes;
+    case PlannedAction::command:
+    case PlannedAction::removeAsAdmin:
+    case PlannedAction::remove: return report.freedBytes;
+    case PlannedAction::queueForAdmin: return report.deferredAdmin * size;
     default: return size - report.totalHandledBytes();
     }
 }
@@ -139,27 +145,85 @@ TEST_F(CleanerTest, DoesToEveryItemWhatThePreviewSays) {
     for (const TriggerSource& trigger : triggers) {
         for (const auto& disposal : disposals) {
             for (const bool queues : {true, false}) {
-                for (const ScanItem& each : oneOfEachKind()) {
-                    Cleaner cleans = cleaner({.queueAdminRemovals = queues});
-                    const auto before = everyPath();
-                    const CleanPlan plan = cleans.plan(each, trigger, disposal);
-                    const CleanReport preview = cleans.clean({each}, trigger, true, disposal);
-                    EXPECT_EQ(everyPath(), before);
-                    const CleanReport report = cleans.clean({each}, trigger, false, disposal);
-                    ++compared;
+                const std::vector<ScanItem> items = oneOfEachKind();
+                Cleaner cleans = cleaner({.queueAdminRemovals = queues});
+                const auto before = everyPath();
+                const Plan together = cleans.plan(items, trigger, disposal);
+                EXPECT_EQ(everyPath(), before);
+                for (size_t i = 0; i < items.size(); ++i) {
+                    const ScanItem& each = items[i];
+                    const Plan plan = cleans.plan({each}, trigger, disposal);
+                    const Decision& decision = plan.items[0].decision;
                     const std::string where = each.id + " " + label(trigger);
-                    EXPECT_EQ(lastLogged(), promised(plan)) << where;
-                    EXPECT_EQ(gainPromised(plan, report), size) << where;
+                    EXPECT_EQ(together.items[i].decision, decision) << where;
+                    const CleanReport preview = cleans.clean({each}, trigger, true, disposal);
+                    EXPECT_EQ(preview, plan.report()) << where;
+                    // With and without a plan that was shown.
+                    const CleanReport report =
+                        i % 2 == 0 ? cleans.clean(plan) : cleans.clean({each}, trigger, false, disposal);
+                    ++compared;
+                    EXPECT_EQ(lastLogged(), promised(decision)) << where;
+                    EXPECT_EQ(gainPromised(decision, report), size) << where;
                     EXPECT_EQ(preview.failures, report.failures) << where;
-                    if (each.id != "/usr/lib")
+                    if (each.id != "/usr/lib" || !queues)
                         EXPECT_EQ(preview.skippedProtected, report.skippedProtected) << where;
-                    const bool goes = plan.action >= CleanAction::quarantine;
-                    EXPECT_EQ(goes && FS::exists(*each.anyPath()), false) << where;
+                    EXPECT_FALSE(isTakenAway(decision.action) && FS::exists(*each.anyPath())) << where;
                 }
             }
         }
     }
     EXPECT_EQ(compared, 3 * 4 * 2 * 17);
+}
+
+TEST_F(CleanerTest, LooksAgainRightBeforeItActs) {
+    std::vector<ScanItem> items;
+    for (const char* name : {"kept/a", "now/.ssh/b", "late/c", "there/d", "rule/e"})
+        items.push_back(item(PathTarget{home_.file(name, "x")}));
+    fs::remove(home_.at("late/c"));
+    home_.file(home_.paths().configFile(), R"({"protectedPaths": ["~/kept"]})");
+    const Plan plan = cleaner().plan(items, ManualTrigger{}, Disposal::remove);
+    EXPECT_EQ(plan.report(),
+              (CleanReport{.freedBytes = 3 * size, .itemsProcessed = 1, .skippedProtected = {items[0].id}}));
+
+    home_.file(home_.paths().configFile(), R"({"protectedPaths": ["~/rule"]})");
+    home_.file("late/c", "another one");
+    fs::rename(home_.at("now/.ssh"), home_.at(".ssh"));
+    home_.link("now/.ssh", home_.at(".ssh"));
+    const CleanReport report = cleaner().clean(plan);
+    EXPECT_EQ(report.freedBytes, size);
+    EXPECT_THAT(report.skippedProtected, ElementsAre(items[0].id, items[1].id, items[4].id));
+    EXPECT_TRUE(FS::exists(home_.at("kept/a"))) << "nobody agreed to it";
+    EXPECT_TRUE(FS::exists(home_.at("late/c")));
+    EXPECT_TRUE(FS::exists(home_.at(".ssh/b")));
+    EXPECT_FALSE(FS::exists(home_.at("there/d")));
+    EXPECT_TRUE(FS::exists(home_.at("rule/e")));
+}
+
+TEST_F(CleanerTest, RemovesNothingWhileTheSettingsCannotBeRead) {
+    const std::vector<ScanItem> items = oneOfEachKind();
+    const Plan plan = cleaner().plan(items, ManualTrigger{});
+    home_.file(home_.paths().configFile(), "{");
+    const std::string sentence = "the settings in " + home_.paths().configFile() +
+                                 " cannot be read; what you protect there is not known until they are "
+                                 "mended or removed";
+    CleanReport refused;
+    for (const ScanItem& each : items) refused.failures.push_back({repairedUTF8(each.id), sentence});
+    queue_.enqueue({item(AdminPathTarget{home_.at("f")})});
+    const auto before = everyPath();
+    EXPECT_EQ(cleaner().plan(items, ManualTrigger{}).report(), refused);
+    EXPECT_EQ(clean(items), refused);
+    EXPECT_EQ(clean(items, Disposal::remove, ScheduleTrigger{"r"}, {.queueAdminRemovals = false}), refused);
+    EXPECT_EQ(cleaner().clean(plan), refused);
+    for (const AuditEntry& entry : AuditLog(home_.paths()).recent(1000)) EXPECT_FALSE(entry.success);
+    const AdminQueue::Outcome flushed = queue_.flush(home_.paths(), {});
+    ASSERT_EQ(flushed.failed.size(), 1);
+    EXPECT_EQ(flushed.failed[0].second, sentence);
+    EXPECT_FALSE(AuditLog(home_.paths()).recent(1).at(0).success);
+    std::set<std::string> after = everyPath();
+    after.erase(home_.paths().auditFile());
+    EXPECT_EQ(after, before);
+    EXPECT_THAT(tools_.calls("fine"), IsEmpty());
+    EXPECT_THAT(tools_.calls("fileproviderctl"), IsEmpty());
 }
 
 TEST_F(CleanerTest, SaysWhatItDid) {
@@ -242,8 +306,7 @@ TEST_F(CleanerTest, LeavesToRootWhatTheUserMayNotRemove) {
     const std::string path = home_.file("locked/x", "x");
     fs::permissions(home_.at("locked"), fs::perms::owner_read | fs::perms::owner_exec);
     const test::OrdinaryUser user({home_.path()});
-    EXPECT_EQ(cleaner().plan(item(PathTarget{path}), ManualTrigger{}).message,
-              "may need administrator rights");
+    EXPECT_EQ(decided(item(PathTarget{path})).message, "may need administrator rights");
     EXPECT_EQ(clean({item(PathTarget{path})}, Disposal::remove), CleanReport{.deferredAdmin = 1});
     EXPECT_EQ(AuditLog(home_.paths()).recent(2).back().message, "needs admin — queued");
     EXPECT_EQ(lastLogged(), "queued yes waiting for one password prompt");
@@ -322,6 +385,7 @@ TEST_F(CleanerTest, ForeseesWhatItCannotDo) {
         {path("bound/file"), Disposal::quarantine, "file" + drive},
         {path("bound/file"), Disposal::trash, could("move", "bound/file", "Invalid cross-device link")},
         {path("still/f"), Disposal::remove, could("delete", "still/f", "Read-only file system")},
+        {path("a"), Disposal::quarantine, could("move", "a", "another volume is mounted there")},
         {path("a"), Disposal::remove,
          could("delete", "a/cache/in\u240Aner", "another volume is mounted there")},
         {path("a/cache/in\nner"), Disposal::trash,
@@ -337,7 +401,7 @@ TEST_F(CleanerTest, ForeseesWhatItCannotDo) {
         const ScanItem each = item(target);
         const auto before = everyPath();
         const std::string action = std::holds_alternative<EvictTarget>(target) ? "evict" : rawValue(disposal);
-        const CleanPlan plan = cleaner().plan(each, ManualTrigger{}, disposal);
+        const Decision decision = decided(each, disposal);
         const CleanReport preview = cleaner().clean({each}, ManualTrigger{}, true, disposal);
         EXPECT_EQ(everyPath(), before) << each.id;
         const CleanReport report = clean({each}, disposal);
@@ -345,7 +409,7 @@ TEST_F(CleanerTest, ForeseesWhatItCannotDo) {
         EXPECT_EQ(preview.failures, report.failures) << each.id;
         EXPECT_EQ(report.failures.empty(), told.empty()) << each.id;
         EXPECT_EQ(preview.totalHandledBytes(), told.empty() ? size : 0) << each.id;
-        EXPECT_EQ(plan.action == CleanAction::fail, !told.empty()) << each.id;
+        EXPECT_EQ(decision.action == PlannedAction::fail, !told.empty()) << each.id;
         if (!told.empty()) EXPECT_TRUE(FS::exists(*each.anyPath()) && FS::exists(inner) && FS::exists(file));
         // Of what could not go to quarantine the session stays.
         EXPECT_EQ(report.quarantineSessionID.has_value(), disposal == Disposal::quarantine) << each.id;
@@ -355,8 +419,8 @@ TEST_F(CleanerTest, ForeseesWhatItCannotDo) {
 TEST_F(CleanerTest, NamesWhoSyncsWhatALinkLeadsTo) {
     home_.file("Library/CloudStorage/Box-me/a", "x");
     home_.link("Work", home_.at("Library/CloudStorage/Box-me"));
-    EXPECT_EQ(cleaner().plan(item(PathTarget{home_.at("Work/a")}), ManualTrigger{}).provider, "Box");
-    EXPECT_EQ(cleaner().plan(item(PathTarget{home_.file("b", "x")}), ManualTrigger{}).provider, std::nullopt);
+    EXPECT_EQ(decided(item(PathTarget{home_.at("Work/a")})).provider, "Box");
+    EXPECT_EQ(decided(item(PathTarget{home_.file("b", "x")})).provider, std::nullopt);
 }
 
 TEST(Cleaner, KnowsPermissionErrors) {

@@ -1,6 +1,6 @@
 #include "CleanerCore/Files/FS.h"
-#include "CleanerCore/Removal/CloudEvictor.h"
-#include "CleanerCore/Removal/CloudFiles.h"
+#include "CleanerCore/Platform/posix/Calls.h"
+#include "CleanerCore/Removal/Cleaning/Doors.h"
 #include "CleanerCore/Safety/CloudPaths.h"
 #include "tests/Support/ScriptedTools.h"
 
@@ -41,22 +41,24 @@ TEST(CloudFiles, WhatIsSyncedAndByWhom) {
 
 TEST(CloudFiles, RemoveTakesThePlaceholderTooAndTellsTheLastError) {
     const test::TemporaryHome home;
-    const auto place = Place::open(home.file("c/a.txt", "x"));
-    ASSERT_TRUE(place);
-    EXPECT_TRUE(CloudFiles::remove(*place, 4));
+    home.file("c/a.txt", "x");
+    const auto item = home.cleared("c/a.txt");
+    ASSERT_TRUE(item);
+    EXPECT_TRUE(CloudFiles::remove(*item, 4));
     EXPECT_FALSE(FS::exists(home.at("c/a.txt")));
 
     home.file("c/.a.txt.icloud", "");
-    EXPECT_TRUE(CloudFiles::isDataless(*place));
-    EXPECT_TRUE(CloudFiles::remove(*place, 0));
+    EXPECT_TRUE(CloudFiles::isDataless(item->place()));
+    EXPECT_TRUE(CloudFiles::remove(*item, 0));
     EXPECT_FALSE(FS::exists(home.at("c/.a.txt.icloud")));
-    EXPECT_TRUE(CloudFiles::remove(*place, 1)); // nothing left to do
+    EXPECT_TRUE(CloudFiles::remove(*item, 1)); // nothing left to do
 
     // What can never be removed: four rounds with their three pauses.
-    const auto stubborn = Place::open("/proc/self/status");
-    ASSERT_TRUE(stubborn);
+    home.file("c/a.txt", "x");
+    calls::hook = [](calls::Call call) { return call == calls::Call::unlink ? EIO : 0; };
     const auto start = std::chrono::steady_clock::now();
-    EXPECT_FALSE(CloudFiles::remove(*stubborn, 4));
+    EXPECT_EQ(CloudFiles::remove(*item, 4).error().code, EIO);
+    calls::hook = nullptr;
     EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(1750));
 }
 
@@ -69,10 +71,11 @@ TEST(CloudEvictor, RootsAndTools) {
     EXPECT_THAT(CloudEvictor::cloudRoots(home.paths()),
                 ElementsAre(home.at("Library/Mobile Documents"), home.at("Library/CloudStorage/Dropbox")));
 
+    const auto permit = RemovalPermit::ask(home.paths(), {});
     const std::string dropbox = home.at("Library/CloudStorage/Dropbox/a");
     const std::string drive = home.at("Library/Mobile Documents/a");
     const auto evict = [&](const std::string& path) {
-        const auto done = CloudEvictor::evict(path, home.paths());
+        const auto done = CloudEvictor::evict(*permit, path, home.paths());
         return done ? "done" : done.error().message;
     };
     for (const char* outside :

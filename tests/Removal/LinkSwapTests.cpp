@@ -1,3 +1,4 @@
+#include "CleanerCore/Files/JSONStore.h"
 #include "CleanerCore/Platform/Removal.h"
 #include "CleanerCore/Removal/Cleaning/Cleaner.h"
 #include "tests/Support/SwapRig.h"
@@ -154,8 +155,11 @@ void moveBack(const std::string& home) {
     static int64_t turn = 0; // what was brought back stays: the next one needs another name
     Quarantine quarantine{Paths(home)};
     auto session = quarantine.beginSession(ManualTrigger{}, 7, currentDate());
-    const std::string original = home + "/parent/deeper/" + std::to_string(++turn);
-    if (session && quarantine.add(*Place::open(home + "/stored"), original, 1, CleanCategory::logs, *session))
+    if (!session) return;
+    const std::string folder = Paths(home).quarantineDir() + "/" + session->id;
+    session->entries = {{home + "/parent/deeper/" + std::to_string(++turn), "0-stored", 1}};
+    ::rename((home + "/stored").c_str(), (folder + "/items/0-stored").c_str());
+    if (JSONStore::save(*session, folder + "/manifest.json"))
         (void)quarantine.restore(session->id, std::nullopt);
 }
 

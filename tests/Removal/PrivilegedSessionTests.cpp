@@ -53,6 +53,12 @@ protected:
         std::ifstream(home.at("helper.pid")) >> pid;
         return pid;
     }
+    std::vector<ClearedPath> cleared(const std::vector<std::string>& paths) const {
+        const auto permit = RemovalPermit::ask(home.paths(), {});
+        std::vector<ClearedPath> all;
+        for (const std::string& path : paths) all.push_back(permit->clearForRoot(path).value());
+        return all;
+    }
     static fs::perms mode(const std::string& path) { return fs::status(path).permissions(); }
 
     TemporaryHome home;
@@ -109,7 +115,7 @@ TEST_F(PrivilegedSessionTests, RemovesManyPathsInOneRequest) {
     const std::string folder = home.folder(fmt::format("allowed/{0}/{0}/{0}", name));
     std::vector<std::string> paths; // more than a pipe holds
     for (int i = 0; i < 70; ++i) paths.push_back(home.file(fmt::format("{}/{}", folder, i), ""));
-    const Shell::Result result = AdminRunner::remove(paths, session);
+    const Shell::Result result = AdminRunner::remove(cleared(paths), session);
     EXPECT_EQ(result.status, 0) << result.err;
     EXPECT_EQ(result.out, "removed 70");
     EXPECT_TRUE(fs::is_empty(folder));
@@ -120,7 +126,7 @@ TEST_F(PrivilegedSessionTests, RemovesManyPathsInOneRequest) {
 TEST_F(PrivilegedSessionTests, FallsBackWhenThePromptIsCancelled) {
     tools.add("pkexec", cancelling);
     const std::string plist = "/Library/LaunchDaemons/it's.plist";
-    const Shell::Result result = AdminRunner::remove({plist, "/Library/Caches/x"}, session);
+    const Shell::Result result = AdminRunner::remove(cleared({plist, "/Library/Caches/x"}), session);
     EXPECT_EQ(std::tie(result.status, result.out, result.err),
               std::tuple(1, "", "The administrator helper could not be started"));
     const auto calls = tools.calls("pkexec");

@@ -237,7 +237,7 @@ TEST_F(TerminalClean, ExpiredSessionsAreGivenUpByTheNextCleanOrWhenAsked) {
         auto session =
             quarantine.beginSession(ManualTrigger{}, 7, addSeconds(currentDate(), -8 * 86400)).value();
         const std::string path = home.file("Documents/old", "x");
-        EXPECT_TRUE(quarantine.add(path, 5000, CleanCategory::oldDownloads, session));
+        EXPECT_TRUE(quarantine.add(*home.cleared(path), 5000, CleanCategory::oldDownloads, session));
         EXPECT_TRUE(quarantine.finish(session));
         return session.id;
     };

@@ -1,53 +1,81 @@
 #include "CleanerCore/Removal/Administrator/AdminQueue.h"
 
 #include "CleanerCore/Files/FS.h"
-#include "CleanerCore/Platform/System.h"
 #include "CleanerCore/Removal/Administrator/AdminRunner.h"
 #include "CleanerCore/Removal/AuditLog.h"
-#include "CleanerCore/Safety/SafetyPolicy.h"
 #include "CleanerCore/Support/ByteCount.h"
-#include "CleanerCore/Support/Date.h"
 
 #include <set>
-#include <variant>
 
 namespace loftmere {
 
 namespace {
 
+struct Batch {
+    std::vector<ScanItem> items;
+    std::vector<ClearedPath> paths; // of the items
+};
+
 // What may still be removed and is still there. A command has no path, so it is left out.
-std::vector<ScanItem> batchOf(const std::vector<ScanItem>& items, const SafetyPolicy& policy) {
-    std::vector<ScanItem> batch;
+Batch batchOf(const std::vector<ScanItem>& items, const RemovalPermit& permit) {
+    Batch batch;
     for (const ScanItem& item : items) {
         const std::string* path = item.anyPath();
-        if (path == nullptr || std::holds_alternative<SafetyPolicy::Blocked>(policy.check(*path))) continue;
-        if (FS::isReachable(*path)) batch.push_back(item);
+        auto cleared = path ? permit.clearForRoot(*path) : std::unexpected(SafetyPolicy::Blocked{});
+        if (!cleared || !FS::isReachable(cleared->path())) continue;
+        batch.items.push_back(item);
+        batch.paths.push_back(*std::move(cleared));
     }
     return batch;
 }
 
-std::vector<std::string> pathsOf(const std::vector<ScanItem>& batch) {
-    std::vector<std::string> paths;
-    for (const ScanItem& item : batch) paths.push_back(*item.anyPath());
-    return paths;
+// What came of each item, for the caller and for the log.
+struct Account {
+    AdminQueue::Outcome outcome;
+    std::vector<AuditEntry> entries;
+
+    // `failure` says why the item is still there; empty when it is gone.
+    void add(const ScanItem& item, std::string failure) {
+        AuditEntry entry = AuditEntry::now("delete", *item.anyPath(), ManualTrigger{});
+        entry.size = item.size;
+        entry.category = item.category;
+        entry.success = failure.empty();
+        entry.message = entry.success ? "admin batch" : "admin batch failed";
+        entries.push_back(std::move(entry));
+        if (!failure.empty()) {
+            outcome.failed.emplace_back(item, std::move(failure));
+            return;
+        }
+        outcome.removed.push_back(item);
+        addBytes(outcome.freed, item.size);
+    }
+};
+
+Account removed(const Batch& batch, const AdminQueue::Remover& remover) {
+    Account account;
+    if (batch.items.empty()) return account;
+    const Shell::Result result = remover(batch.paths);
+    for (size_t i = 0; i < batch.items.size(); ++i) {
+        const std::string& path = batch.paths[i].path();
+        account.add(batch.items[i],
+                    AdminRunner::isGone(path, result) ? "" : AdminRunner::explain(result, path));
+    }
+    return account;
 }
 
-AuditEntry entryOf(const ScanItem& item, bool gone) {
-    return {.id = newUUID(),
-            .date = currentDate(),
-            .action = "delete",
-            .target = *item.anyPath(),
-            .size = item.size,
-            .category = item.category,
-            .trigger = ManualTrigger{},
-            .success = gone,
-            .message = gone ? "admin batch" : "admin batch failed"};
+// Every item failed, for this one reason.
+Account refused(const std::vector<ScanItem>& items, const Failure& why) {
+    Account account;
+    for (const ScanItem& item : items) {
+        if (item.anyPath() != nullptr) account.add(item, why.message);
+    }
+    return account;
 }
 
 } // namespace
 
 AdminQueue& AdminQueue::shared() {
-    static AdminQueue queue([](const std::vector<std::string>& paths) { return AdminRunner::remove(paths); });
+    static AdminQueue queue([](const std::vector<ClearedPath>& paths) { return AdminRunner::remove(paths); });
     return queue;
 }
 
@@ -80,28 +108,13 @@ void AdminQueue::clear() {
 }
 
 AdminQueue::Outcome AdminQueue::flush(const Paths& paths, const AppConfig& config) {
-    const std::vector<ScanItem> batch = batchOf(pending(), SafetyPolicy(paths, config.protectedPaths));
-    if (batch.empty()) {
-        clear();
-        return {};
-    }
-    const Shell::Result result = remover_(pathsOf(batch));
-    Outcome outcome;
-    std::vector<AuditEntry> entries;
-    for (const ScanItem& item : batch) {
-        const std::string& path = *item.anyPath();
-        const bool gone = AdminRunner::isGone(path, result);
-        if (gone) {
-            outcome.removed.push_back(item);
-            addBytes(outcome.freed, item.size);
-        } else {
-            outcome.failed.emplace_back(item, AdminRunner::explain(result, path));
-        }
-        entries.push_back(entryOf(item, gone));
-    }
-    AuditLog(paths).append(entries);
+    const std::vector<ScanItem> queued = pending();
+    const auto permit = RemovalPermit::ask(paths, config);
+    const Account account =
+        permit ? removed(batchOf(queued, *permit), remover_) : refused(queued, permit.error());
+    AuditLog(paths).append(account.entries);
     clear();
-    return outcome;
+    return account.outcome;
 }
 
 } // namespace loftmere

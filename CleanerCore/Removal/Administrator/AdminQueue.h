@@ -4,6 +4,7 @@
 #include "CleanerCore/Process/Shell.h"
 #include "CleanerCore/Records/AppConfig.h"
 #include "CleanerCore/Records/ScanItem.h"
+#include "CleanerCore/Safety/RemovalPermit.h"
 
 #include <cstdint>
 #include <functional>
@@ -18,7 +19,7 @@ namespace loftmere {
 // thread; only `flush` takes long.
 class AdminQueue {
 public:
-    using Remover = std::function<Shell::Result(const std::vector<std::string>&)>;
+    using Remover = std::function<Shell::Result(const std::vector<ClearedPath>&)>;
 
     struct Outcome {
         std::vector<ScanItem> removed;
@@ -41,8 +42,8 @@ public:
     void clear();
 
     // Removes all that is queued as root, in one go, and logs it. What the policy refuses by now and what has
-    // vanished is left out silently. The queue is empty afterwards, whatever failed. Blocks, for a prompt
-    // perhaps: never on the main thread.
+    // vanished is left out silently. While the gate gives no permit every item fails with its sentence. The
+    // queue is empty afterwards, whatever failed. Blocks, for a prompt perhaps: never on the main thread.
     Outcome flush(const Paths& paths, const AppConfig& config);
 
 private:

@@ -65,17 +65,19 @@ Shell::Result runAsAdministrator(const std::string& command, const std::string& 
 
 namespace AdminRunner {
 
-Shell::Result remove(const std::vector<std::string>& paths, PrivilegedSession& session) {
+Shell::Result remove(const std::vector<ClearedPath>& paths, PrivilegedSession& session) {
     if (paths.empty()) return {};
-    for (const std::string& path : paths) {
+    PrivilegedSession::Remove request;
+    for (const ClearedPath& cleared : paths) {
         // A daemon that keeps running would hold, or write again, what is about to go. Whether it ran at all
         // does not matter.
-        if (isDaemonsPlist(path)) session.run(PrivilegedSession::Bootout{path});
+        if (isDaemonsPlist(cleared.path())) session.run(PrivilegedSession::Bootout{cleared.path()});
+        request.paths.push_back(cleared.path());
     }
-    return session.run(PrivilegedSession::Remove{paths});
+    return session.run(request);
 }
 
-Shell::Result remove(const std::vector<std::string>& paths) {
+Shell::Result remove(const std::vector<ClearedPath>& paths) {
     return remove(paths, PrivilegedSession::shared());
 }
 

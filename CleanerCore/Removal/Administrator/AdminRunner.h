@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CleanerCore/Process/Shell.h"
+#include "CleanerCore/Safety/RemovalPermit.h"
 
 #include <functional>
 #include <string>
@@ -28,10 +29,10 @@ namespace AdminRunner {
 // Removes the paths in one request to the session, after unloading the system daemons among them, and with
 // one prompt at most when a session can be had. An empty list succeeds without a prompt. Status 0 when all
 // are gone; to know which ones are, look at the disk with `isGone`.
-Shell::Result remove(const std::vector<std::string>& paths, PrivilegedSession& session);
+Shell::Result remove(const std::vector<ClearedPath>& paths, PrivilegedSession& session);
 
 // The same with the session of this process.
-Shell::Result remove(const std::vector<std::string>& paths);
+Shell::Result remove(const std::vector<ClearedPath>& paths);
 
 // Whether a path is gone after `remove` has answered `result`. The disk decides; the helper's word counts
 // only where the user cannot look. Any thread.

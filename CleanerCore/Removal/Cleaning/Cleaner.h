@@ -6,7 +6,7 @@
 #include "CleanerCore/Records/ScanItem.h"
 #include "CleanerCore/Removal/Administrator/AdminQueue.h"
 #include "CleanerCore/Removal/AuditLog.h"
-#include "CleanerCore/Removal/Cleaning/CleanPlanner.h"
+#include "CleanerCore/Removal/Cleaning/Plan.h"
 #include "CleanerCore/Removal/Quarantine/Quarantine.h"
 #include "CleanerCore/Support/Result.h"
 
@@ -19,21 +19,21 @@
 
 namespace loftmere {
 
-// Carries out what the user confirmed or a rule allowed, item by item: asks the policy once more, acts on
-// exactly what was judged, and accounts for it. Built for one run with a snapshot of the settings. Blocks,
-// perhaps for minutes: never on the main thread; one thread at a time.
+// Carries out what the user confirmed or a rule allowed, item by item: it decides again right before it acts,
+// acts on exactly what was judged, and accounts for it. It holds a snapshot of the settings and is built for
+// one run. Blocks, perhaps for minutes: never on the main thread; one thread at a time.
 class Cleaner {
 public:
-    // Called on the calling thread with the items done and all items.
+    // Called on the calling thread with the number of items done and of all items.
     using Progress = std::function<void(int64_t done, int64_t total)>;
 
-    // Asked on the calling thread before each item; true leaves it and all that follow as they are.
+    // Asked on the calling thread before each item. True leaves this item and all that follow as they are.
     using IsStopped = std::function<bool()>;
 
     // Who removes what needs root.
     struct Administration {
-        AdminQueue* queue;          // where removals are gathered for one prompt; never null
-        AdminQueue::Remover remove; // when they are not
+        AdminQueue* queue;          // where removals wait for one prompt; never null
+        AdminQueue::Remover remove; // when they do not wait
     };
 
     // That of this process.
@@ -42,31 +42,35 @@ public:
     Cleaner(const Paths& paths, const AppConfig& config,
             Administration administration = sharedAdministration());
 
-    // What `clean` would do with the item as the disk stands now. Touches nothing.
-    CleanPlan plan(const ScanItem& item, const TriggerSource& trigger,
-                   std::optional<Disposal> disposalOverride = std::nullopt) const;
+    // What `clean` would do with each item as the disk is now. Looks at each once and touches nothing.
+    Plan plan(std::vector<ScanItem> items, const TriggerSource& trigger,
+              std::optional<Disposal> chosen = std::nullopt) const;
 
-    // One item's failure never stops the others. Every decision goes to the log, in one write at the end. At
-    // most one quarantine session is begun, by the first item that needs it, and root is asked for once at
-    // most. A dry run decides the same, touches nothing and logs nothing: its byte counts are what would be
-    // gained.
-    CleanReport clean(const std::vector<ScanItem>& items, const TriggerSource& trigger, bool dryRun = false,
+    // Carries the plan out. One item's failure never stops the others. Every decision goes to the log, in one
+    // write at the end. The first item that needs a quarantine session begins the only one, and root is asked
+    // for once at most. While the gate gives no permit every item fails with its sentence.
+    CleanReport clean(const Plan& plan, const Progress& progress = nullptr,
+                      const IsStopped& isStopped = nullptr);
+
+    // The same without a plan that somebody has seen. `disposalOverride` replaces the disposal of every
+    // category. A dry run is the report of the plan: it touches nothing and logs nothing.
+    CleanReport clean(std::vector<ScanItem> items, const TriggerSource& trigger, bool dryRun = false,
                       std::optional<Disposal> disposalOverride = std::nullopt,
-                      const Progress& progress = nullptr, const IsStopped& isStopped = nullptr);
+                      const Progress& progress = nullptr);
 
-    // Brings back a quarantine session, or those of its entries whose stored names are given, and logs it,
-    // unless nothing was there to bring back. Fails when the session's list cannot be saved; nothing is
-    // logged then.
+    // Brings back a quarantine session, or the entries with the given stored names, and logs it unless there
+    // was nothing to bring back. Fails when the session's list cannot be saved; nothing is logged then.
     Result<Restored> restore(const std::string& sessionID,
                              const std::optional<std::set<std::string>>& entryIDs);
 
-    // Whether the failure, or one that lies under it, is that the user may not do this.
+    // Whether the failure, or one that underlies it, is that the user may not do this.
     static bool isPermissionError(const Failure& failure);
 
 private:
+    class Run;
+
     Paths paths_;
     AppConfig config_;
-    CleanPlanner planner_;
     Quarantine quarantine_;
     AuditLog audit_;
     Administration administration_;

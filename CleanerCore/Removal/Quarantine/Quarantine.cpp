@@ -79,23 +79,16 @@ void Quarantine::foresee(const QuarantineSession& session, std::vector<ForeseenI
     if (auto writer = writerOf(session.id)) (*writer)->foresee(std::move(items));
 }
 
-Status Quarantine::add(const Place& place, const std::string& originalPath, int64_t size,
-                       CleanCategory category, QuarantineSession& session) {
+Status Quarantine::add(const ClearedItem& item, int64_t size, CleanCategory category,
+                       QuarantineSession& session) {
     auto writer = writerOf(session.id);
     if (!writer) return failed(std::move(writer.error()));
-    QuarantineEntry entry{.originalPath = originalPath, .storedName = "", .size = size, .category = category};
-    const bool isReachedByLink = place.realPath() != originalPath;
-    if (isReachedByLink && !isAtOrUnder(place.realPath(), realFolderPath(paths_.home()))) {
-        entry.originalPath = place.realPath();
-    }
-    return (*writer)->add(place, std::move(entry), session);
-}
-
-Status Quarantine::add(const std::string& path, int64_t size, CleanCategory category,
-                       QuarantineSession& session) {
-    const auto place = Place::open(path);
-    if (!place) return failed(place.error());
-    return add(*place, path, size, category, session);
+    const std::string& realPath = item.place().realPath();
+    QuarantineEntry entry{.originalPath = item.path(), .storedName = "", .size = size, .category = category};
+    const bool isReachedByLink = realPath != item.path();
+    if (isReachedByLink && !isAtOrUnder(realPath, realFolderPath(paths_.home())))
+        entry.originalPath = realPath;
+    return (*writer)->add(item.place(), std::move(entry), session);
 }
 
 Status Quarantine::finish(const QuarantineSession& session) {

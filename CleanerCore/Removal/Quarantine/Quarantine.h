@@ -1,9 +1,9 @@
 #pragma once
 
 #include "CleanerCore/Files/Paths.h"
-#include "CleanerCore/Platform/Place.h"
 #include "CleanerCore/Removal/Quarantine/QuarantineSession.h"
 #include "CleanerCore/Removal/Quarantine/QuarantineWriter.h"
+#include "CleanerCore/Safety/RemovalPermit.h"
 
 #include <cstdint>
 #include <map>
@@ -39,13 +39,10 @@ public:
     void foresee(const QuarantineSession& session, std::vector<ForeseenItem> items);
 
     // Moves the item and adds its entry to the session. Fails, with nothing moved, when the item is on
-    // another volume or has one mounted below it, when its name is not valid UTF-8, when the policy lets
-    // nothing be taken from there (it could not be brought back), and when the file system refuses. The
-    // entry's path is `originalPath`, or the real one when a link in its parents leads out of the home: none
-    // is followed on the way back.
-    Status add(const Place& place, const std::string& originalPath, int64_t size, CleanCategory category,
-               QuarantineSession& session);
-    Status add(const std::string& path, int64_t size, CleanCategory category, QuarantineSession& session);
+    // another volume or has one mounted below it, when its name is not valid UTF-8, and when the file system
+    // refuses. The entry's path is the item's, or the real one when a link in its parents leads out of the
+    // home: none is followed on the way back.
+    Status add(const ClearedItem& item, int64_t size, CleanCategory category, QuarantineSession& session);
 
     // Writes the session's manifest and lets others use the session. To be called after the last addition. If
     // that is forgotten or fails, nothing is lost.

@@ -31,31 +31,21 @@ Failure unreadableName(const std::string& path) {
                     printable(path)));
 }
 
-// The policy lets nothing be taken from there, so nothing would be brought back to it either.
-Failure noWayBack(const std::string& path, const std::string& reason) {
-    return Failure::saying(
-        fmt::format("{} could not be brought back from quarantine: {}", printable(path), reason));
-}
-
-// What is mounted would come along, and a purge would empty it.
-bool hasMountBelow(const Place& place, const std::vector<std::string>& mountPoints) {
-    return std::ranges::any_of(mountPoints, [&](const std::string& point) {
-        if (!isAtOrUnder(point, place.realPath())) return false;
-        const auto mounted = Place::open(point);
-        return mounted && mounted->isMountPoint();
-    });
-}
-
-Failure mountedBelow(const std::string& path) {
-    return Failure::saying(
-        fmt::format("Could not move {}: another volume is mounted there", printable(path)));
-}
-
 } // namespace
 
-QuarantineWriter::QuarantineWriter(const Paths& paths, QuarantineFolder folder, FileLock lock)
-    : policy_(paths, {}),
-      mountPoints_(mountPoints()),
+Status mayMoveWhole(const Place& place, const std::vector<std::string>& mountPoints) {
+    for (const std::string& point : mountPoints) {
+        if (!isAtOrUnder(point, place.realPath())) continue;
+        const auto mounted = Place::open(point);
+        if (!mounted || !mounted->isMountPoint()) continue;
+        return failed(Failure::saying(
+            fmt::format("Could not move {}: another volume is mounted there", printable(place.realPath()))));
+    }
+    return {};
+}
+
+QuarantineWriter::QuarantineWriter(QuarantineFolder folder, FileLock lock)
+    : mountPoints_(mountPoints()),
       folder_(std::move(folder)),
       lock_(std::move(lock)),
       nextSave_(firstSave),
@@ -69,7 +59,7 @@ Result<QuarantineWriter> QuarantineWriter::open(const Paths& paths, const std::s
     const auto session = folder->read();
     if (!session) return failed(session.error());
     if (!*session) return failed(Failure::posix(ENOENT, "read", folder->itemPath("")));
-    QuarantineWriter writer(paths, std::move(*folder), std::move(*lock));
+    QuarantineWriter writer(std::move(*folder), std::move(*lock));
     writer.count_ = (*session)->entries.size();
     writer.nextSave_ = std::max(firstSave, 2 * writer.count_);
     return writer;
@@ -84,16 +74,15 @@ void QuarantineWriter::foresee(std::vector<ForeseenItem> items) {
 Status QuarantineWriter::add(const Place& place, QuarantineEntry entry, QuarantineSession& session) {
     // Another copy of the session has been added to: going on from this one would forget its entries.
     if (session.entries.size() != count_) return failed(QuarantineError::inUse(session.id));
-    if (auto may = mayAdd(place, entry); !may) return may;
+    if (!isValidUTF8(entry.originalPath) || !isValidUTF8(place.name()))
+        return failed(unreadableName(entry.originalPath));
     entry.storedName = storedNameOf(count_, lastPathComponent(entry.originalPath));
     const auto stored = folder_.item(entry.storedName);
     if (!stored) return failed(QuarantineError::missing(folder_.itemPath(entry.storedName)));
-    if (place.isOnAnotherVolume(*stored)) return failed(QuarantineError::differentVolume(place.name()));
-    if (hasMountBelow(place, mountPoints_)) return failed(mountedBelow(entry.originalPath));
+    if (auto may = mayMoveWhole(place, mountPoints_); !may) return may;
     if (auto announced = ensureAnnounced(entry); !announced) return announced;
     // Some file systems report an error for a rename that they have done. The name was free before.
     if (auto moved = moveItem(place, *stored); !moved && !stored->status()) {
-        // Two mounts of one volume look like one until the move is tried.
         if (moved.error().code == EXDEV) return failed(QuarantineError::differentVolume(place.name()));
         return moved;
     }
@@ -102,14 +91,6 @@ Status QuarantineWriter::add(const Place& place, QuarantineEntry entry, Quaranti
     ++arrived_;
     saveNowAndThen(session);
     return {};
-}
-
-Status QuarantineWriter::mayAdd(const Place& place, const QuarantineEntry& entry) const {
-    const std::string& path = entry.originalPath;
-    if (!isValidUTF8(path) || !isValidUTF8(place.name())) return failed(unreadableName(path));
-    const auto verdict = policy_.check(path, place);
-    const auto* blocked = std::get_if<SafetyPolicy::Blocked>(&verdict);
-    return blocked == nullptr ? Status() : failed(noWayBack(path, blocked->reason));
 }
 
 Status QuarantineWriter::ensureAnnounced(const QuarantineEntry& entry) {

@@ -2,7 +2,6 @@
 
 #include "CleanerCore/Platform/FileLock.h"
 #include "CleanerCore/Removal/Quarantine/QuarantineFolder.h"
-#include "CleanerCore/Safety/SafetyPolicy.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -18,6 +17,10 @@ struct ForeseenItem {
     int64_t size = 0;
     CleanCategory category = CleanCategory::userCaches;
 };
+
+// Fails when one of the mount points is at or below the item: what is mounted there would come along, and a
+// purge would empty it.
+Status mayMoveWhole(const Place& place, const std::vector<std::string>& mountPoints);
 
 // Moves items into one session, whose lock it holds. Each item is announced in the journal before it moves.
 // Items that were foreseen are announced many at a time, so that one wait for the disk serves all of them.
@@ -40,14 +43,12 @@ public:
     Status finish();
 
 private:
-    QuarantineWriter(const Paths& paths, QuarantineFolder folder, FileLock lock);
+    QuarantineWriter(QuarantineFolder folder, FileLock lock);
 
-    Status mayAdd(const Place& place, const QuarantineEntry& entry) const;
     Status ensureAnnounced(const QuarantineEntry& entry);
     std::vector<QuarantineEntry> withFollowing(const QuarantineEntry& entry);
     void saveNowAndThen(const QuarantineSession& session);
 
-    SafetyPolicy policy_; // without the user's own rules
     std::vector<std::string> mountPoints_;
     QuarantineFolder folder_;
     FileLock lock_;
