@@ -181,10 +181,9 @@ std::optional<Place> QuarantineFolder::item(const std::string& storedName) const
 }
 
 bool QuarantineFolder::isAbsent(const std::string& storedName) const {
-    const auto stored = item(storedName);
+    if (!isEntryName(storedName)) return true;
     // What is in place of the items may be put right again, and they with it.
-    if (!stored) return !isEntryName(storedName) || !folder_.entry(itemsName).status();
-    const auto status = stored->status();
+    const auto status = items_ ? items_->entry(storedName).status() : folder_.entry(itemsName).status();
     return !status && status.error() == ENOENT;
 }
 

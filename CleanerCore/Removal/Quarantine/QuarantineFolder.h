@@ -29,9 +29,9 @@ struct QuarantineJournal {
     static QuarantineJournal parse(std::string_view text);
 };
 
-// A session's folder on disk: "manifest.json", "items" and, while items are moving, the journal. When the
-// disk is full, the lists are written in the space of a reserve that is kept beside the quarantine. Any
-// thread; whoever changes something holds `lock`.
+// A session's folder on disk: "manifest.json", "items" (called "purged" once a purge has begun) and, while
+// items are moving, the journal. When the disk is full, the lists are written in the space of a reserve that
+// is kept beside the quarantine. Any thread; whoever changes something holds `lock`.
 class QuarantineFolder {
 public:
     // The folder that holds all sessions' folders. Fails when there is none, and for a link: the folders
@@ -85,9 +85,11 @@ public:
     void dropJournal();
 
     // Purges the session. One rename decides: before it the session is whole, and after it there is no
-    // session any more, whatever ends or stops the deletion of what it held. What is left then, `remove`
-    // removes.
+    // session any more, whatever ends or stops the deletion of what it held. A second call deletes the rest.
     Status remove() const;
+
+    // Purges the session unless an item is left that its list does not know.
+    Status removeEmptied() const;
 
     // A purge has begun.
     bool isPurged() const;
@@ -95,9 +97,6 @@ public:
     // It certainly has no manifest, and nobody had touched it for a day by `now`. The day's grace keeps a
     // session that another process is just creating.
     bool isOrphan(Date now) const;
-
-    // The same, unless an item is left that the session does not know.
-    Status removeEmptied() const;
 
 private:
     QuarantineFolder(const Paths& paths, Place place, OpenFolder folder, std::optional<OpenFolder> items);
