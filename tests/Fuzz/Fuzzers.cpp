@@ -45,8 +45,8 @@ void propertyList(std::string_view text) {
     (void)ForeignText::backupInfo(std::string(text));
 }
 
-// The whole way of a JPEG file, with the first scan of a progressive one.
-void jpeg(std::string_view text) {
+// A file with this content, the same one each time.
+const RegularFile& pictureFile(std::string_view text) {
     static const std::string path = "/tmp/loftmere-fuzz-" + std::to_string(::getpid()) + ".jpg";
     static const int file = ::open(path.c_str(), O_CREAT | O_RDWR | O_TRUNC | O_CLOEXEC, 0600);
     static const auto opened = RegularFile::open(path);
@@ -54,12 +54,26 @@ void jpeg(std::string_view text) {
     const auto size = static_cast<ssize_t>(text.size());
     require(isNameless && ::ftruncate(file, 0) == 0 && ::pwrite(file, text.data(), text.size(), 0) == size,
             "the picture can be written");
-    const auto thumbnail = jpegThumbnail(*opened, [] { return false; });
+    return *opened;
+}
+
+// The whole way of a JPEG file, with the first scan of a progressive one.
+void jpeg(std::string_view text) {
+    const auto thumbnail = jpegThumbnail(pictureFile(text), nullptr);
     if (!thumbnail) return;
     const GreyImage& image = thumbnail->image;
     require(image.width >= 1 && image.height >= 1 && std::max(image.width, image.height) <= thumbnailSide,
             "a thumbnail is small");
     require(thumbnail->pixelCount <= mostPixels, "vast pictures are refused");
+}
+
+// Our own reading and libjpeg's.
+void jpegMeans(std::string_view text) {
+    const RegularFile& file = pictureFile(text);
+    const auto own = jpegThumbnail(file, nullptr, JpegMeans::read);
+    const auto library = jpegThumbnail(file, nullptr, JpegMeans::leave);
+    require(own.has_value() == library.has_value(), "both read a picture or neither");
+    require(own ? own->image == library->image : own.error() == library.error(), "both read the same");
 }
 
 void exif(std::string_view text) {
@@ -128,9 +142,18 @@ constexpr struct {
     std::string_view name;
     void (*run)(std::string_view);
 } targets[] = {
-    {"PropertyList", propertyList}, {"Jpeg", jpeg},           {"Exif", exif},       {"Journal", journal},
-    {"Manifest", manifest},         {"Settings", settings},   {"Simctl", simctl},   {"Docker", docker},
-    {"MountInfo", mountInfo},       {"AuditLine", auditLine}, {"Quoting", quoting},
+    {"PropertyList", propertyList},
+    {"Jpeg", jpeg},
+    {"JpegMeans", jpegMeans},
+    {"Exif", exif},
+    {"Journal", journal},
+    {"Manifest", manifest},
+    {"Settings", settings},
+    {"Simctl", simctl},
+    {"Docker", docker},
+    {"MountInfo", mountInfo},
+    {"AuditLine", auditLine},
+    {"Quoting", quoting},
 };
 
 const auto* chosen = std::end(targets);

@@ -94,7 +94,8 @@ private:
                     .details = nullptr,
                     .component = component,
                     .place = 0};
-        if (block.differences == nullptr) return false;
+        const bool isScaled = named(decoder_.quant_tbl_ptrs, info.quant_tbl_no) != nullptr;
+        if (block.differences == nullptr || !isScaled) return false;
         if (!decoder_.progressive_mode) {
             block.details = details_.find(decoder_.ac_huff_tbl_ptrs, info.ac_tbl_no);
             if (block.details == nullptr) return false;
