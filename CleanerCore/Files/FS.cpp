@@ -40,6 +40,7 @@ constexpr auto packageExtensions = std::to_array<std::string_view>({
     "dsym",          // debugging symbols
     "fcpbundle",     // film library
     "fcpcache",      // film library
+    "git",           // repository without a working copy
     "graffle",       // drawing
     "imovielibrary", // film library
     "imovieproject",

@@ -53,7 +53,7 @@ TEST(DuplicateScannerThreaded, FindsWhatIsEqualAndProposesAllButOne) {
         home, "Movies/{}",
         "a.app/x|a.photoslibrary/x|a.musiclibrary/x|a.fcpbundle/x|a.logicx/x|a.xcodeproj/x|a.xcworkspace/x|"
         "a.sparsebundle/x|a.bundle/x|a.framework/x|.git/x|.stuff/x|.x|.Trash/x|Library/x|node_modules/x|"
-        "../Elsewhere/x",
+        "a.IMovieLibrary/x|a.band/x|a.Git/x|a.APP/x|../Elsewhere/x",
         524288);
     home.link("Movies/link.zip", home.at("Documents/x.zip"));
     home.link("Music", home.at("Elsewhere"));

@@ -59,6 +59,8 @@ TEST(PhotosScanner, LooksOnlyWhereAUserSeesPictures) {
              "Pictures/.c.jpg",
              "Pictures/Photos Library.photoslibrary/originals/d.jpg",
              "Documents/Old.APP/e.jpg",
+             "Documents/song.Band/e.jpg",
+             "Documents/site.git/e.jpg",
              "Music/f.jpg",
              "Pictures/g.txt",
              "Pictures/h\xFF.jpg",

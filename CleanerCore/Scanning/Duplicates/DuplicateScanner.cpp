@@ -65,7 +65,8 @@ bool isAmong(std::span<const std::string_view> table, const std::string& word) {
 }
 
 bool isEntered(const std::string& folderName) {
-    return !isAmong(skipDirs, folderName) && !isAmong(skipPackageExts, pathExtension(folderName));
+    return !isAmong(skipDirs, folderName) && !isAmong(skipPackageExts, pathExtension(folderName)) &&
+           !FS::isPackageName(folderName);
 }
 
 // Lists the files that may be copies of each other, in one walk on one thread.
