@@ -1,5 +1,6 @@
 #include "CleanerCore/Files/FS.h"
 #include "CleanerCore/Platform/FileLock.h"
+#include "CleanerCore/Removal/AuditLog.h"
 #include "tests/Support/ModelFixture.h"
 
 #include <gmock/gmock.h>
@@ -128,4 +129,46 @@ TEST_F(ModelCleanThreaded, TheAdministratorQueueIsShownAndEmptied) {
     finish(flush);
     EXPECT_EQ(*model->pendingAdmin, 0);
     EXPECT_EQ(*model->toast, "Removed 0 protected item(s), Zero KB freed");
+}
+
+TEST_F(ModelCleanThreaded, EachOperationRefreshesWhatItMayHaveChanged) {
+    AuditLog(home.paths()).append(std::vector<AuditEntry>(310));
+    const auto model =
+        modelWith({newFile("Downloads/a", oldDownloads), newFile("Downloads/b", oldDownloads)});
+    EXPECT_EQ(model->audit->size(), 300U);
+    std::set<std::string> refreshed;
+    std::vector<Observation> observations;
+    const auto watch = [&](auto& field, const char* name) {
+        observations.push_back(field.observe([&refreshed, name] { refreshed.insert(name); }));
+    };
+    watch(model->pendingAdmin, "queue"), watch(model->pendingAdminBytes, "bytes");
+    watch(model->sessions, "sessions"), watch(model->audit, "log"), watch(model->space, "space");
+    const auto refreshedBy = [&](const auto& operation) {
+        refreshed.clear();
+        operation();
+        return refreshed;
+    };
+    using Names = std::set<std::string>;
+    const Names all{"queue", "bytes", "sessions", "log", "space"};
+    const Names safety{"sessions", "log"};
+    EXPECT_EQ(refreshedBy([&] { finish(model->cleanSelected({oldDownloads})); }), all);
+    EXPECT_EQ(refreshedBy([&] { finish(model->flushAdminQueue()); }), all);
+    EXPECT_EQ(refreshedBy([&] { model->refreshBasics(); }), all);
+    const QuarantineSession session = model->sessions->at(0);
+    EXPECT_EQ(refreshedBy([&] { (void)model->restore(session, std::set<std::string>{"0-a"}); }), safety);
+    EXPECT_EQ(refreshedBy([&] { (void)model->purge(session); }), safety);
+    EXPECT_EQ(refreshedBy([&] { finish(model->purgeExpired()); }), (Names{"sessions", "log", "space"}));
+    EXPECT_EQ(refreshedBy([&] { finish(model->scan({logs}, true)); }), Names{"space"});
+}
+
+TEST_F(ModelCleanThreaded, ChecksByTheRulesOfTheUser) {
+    const auto model = makeModel();
+    model->config = AppConfig{.protectedPaths = {"~/Work"}};
+    const auto verdicts = finish(model->check({"~/Work/a", "~/Other"}));
+    EXPECT_EQ(verdicts.at(0).detail, "Protected by your rules (" + home.at("Work") + ")");
+    EXPECT_EQ(verdicts.at(1).kind, PathVerdict::Kind::allowed);
+    home.file("Library/LaunchAgents/com.ostrel.loftmere.agent.plist", "");
+    EXPECT_TRUE(*makeModel()->agentInstalled && !*model->agentInstalled);
+    EXPECT_EQ(model->shortened(home.path()), home.path());
+    EXPECT_EQ(model->shortened(home.at("a")), "~/a");
 }
