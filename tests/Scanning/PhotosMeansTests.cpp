@@ -4,10 +4,13 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cstdlib>
+#include <filesystem>
 #include <random>
+#include <vector>
 
 // Our own reading of JPEG data beside libjpeg's.
 
