@@ -152,7 +152,7 @@ void printRow(Console& console, const Row& row, const Columns& columns) {
         console.printLine(line);
         return printNote(console, "", row.note, columns.note, indent);
     }
-    line += blanks(columns.what - displayWidth(what.back()) + gap);
+    line += blanks(std::max(columns.what - displayWidth(what.back()), 0) + gap);
     printNote(console, line, row.note, columns.note, indent + columns.what + gap);
 }
 
